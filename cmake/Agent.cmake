@@ -1,0 +1,22 @@
+# The command `igmphost`. All but main.cpp is a library of its own, which the tests link.
+
+find_package( yaml-cpp REQUIRED )
+find_package( nlohmann_json REQUIRED )
+find_package( CLI11 REQUIRED )
+
+igmphost_sources( agentSources src/agent )
+list( REMOVE_ITEM agentSources ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )
+if( NOT agentSources )
+   igmphost_sources( agentSources src/agent/none )
+endif()
+add_library( igmphost_agent_lib STATIC ${agentSources} )
+target_link_libraries( igmphost_agent_lib PUBLIC
+   igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 )
+
+if( EXISTS ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )
+   add_executable( igmphost_agent src/agent/main.cpp )
+   set_target_properties( igmphost_agent PROPERTIES
+      OUTPUT_NAME igmphost
+      INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}" )
+   target_link_libraries( igmphost_agent PRIVATE igmphost_agent_lib igmphost_shared )
+endif()

@@ -1,0 +1,36 @@
+# Language, warnings, instrumentation: the same for every target, so that test targets can share one
+# precompiled header.
+
+set( CMAKE_CXX_STANDARD 20 )
+set( CMAKE_CXX_STANDARD_REQUIRED ON )
+set( CMAKE_CXX_EXTENSIONS OFF )
+set( CMAKE_EXPORT_COMPILE_COMMANDS ON )
+set( CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin )
+if( NOT CMAKE_BUILD_TYPE AND PROJECT_IS_TOP_LEVEL )
+   set( CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE )
+endif()
+
+add_compile_options( -Wall -Wextra -Wpedantic -Wshadow -Wconversion )
+if( IGMPHOST_WERROR )
+   add_compile_options( -Werror )
+endif()
+if( CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13 )
+   # g++ 12 sees overlapping copies in std::string's operator+ where there are none (GCC bug 105651).
+   add_compile_options( -Wno-restrict )
+endif()
+add_compile_definitions( $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS> )
+
+if( IGMPHOST_SANITIZE )
+   add_compile_options( -fsanitize=${IGMPHOST_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer )
+   add_link_options( -fsanitize=${IGMPHOST_SANITIZE} )
+endif()
+if( IGMPHOST_COVERAGE )
+   add_compile_options( --coverage )
+   add_link_options( --coverage )
+endif()
+
+# A compiler cache where there is one; the setting lets it cache what uses a precompiled header.
+find_program( CCACHE_PROGRAM ccache )
+if( CCACHE_PROGRAM AND ( NOT CMAKE_CXX_COMPILER_LAUNCHER OR CMAKE_CXX_COMPILER_LAUNCHER STREQUAL "ccache" ) )
+   set( CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE_PROGRAM} )
+endif()

@@ -1,0 +1,16 @@
+# One libFuzzer program per tests/fuzz/*.cpp, over a library of its own: everything in it must be instrumented.
+
+if( NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang" )
+   message( FATAL_ERROR "IGMPHOST_BUILD_FUZZ needs clang" )
+endif()
+file( GLOB fuzzSources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/fuzz/*.cpp )
+foreach( source IN LISTS fuzzSources )
+   cmake_path( GET source STEM name )
+   add_executable( fuzz_${name} ${source} )
+   target_include_directories( fuzz_${name} PRIVATE ${PROJECT_SOURCE_DIR} )
+   target_link_options( fuzz_${name} PRIVATE -fsanitize=fuzzer )
+   target_link_libraries( fuzz_${name} PRIVATE igmphost_objects igmphost_lab )
+   if( TARGET igmphost_agent_lib )
+      target_link_libraries( fuzz_${name} PRIVATE igmphost_agent_lib )
+   endif()
+endforeach()
