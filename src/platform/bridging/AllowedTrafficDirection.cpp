@@ -1,0 +1,41 @@
+#include "platform/bridging/AllowedTrafficDirection.h"
+
+#include <ostream>
+
+#include "platform/kiv/EnumText.h"
+
+namespace Bridging {
+
+namespace {
+
+constexpr char typeName[] = "AllowedTrafficDirection";
+
+constexpr Kiv::EnumName<AllowedTrafficDirection> names[] = {
+    { AllowedTrafficDirection::both, "both" },
+    { AllowedTrafficDirection::ingress, "ingress" },
+    { AllowedTrafficDirection::egress, "egress" },
+};
+
+} // namespace
+
+Kiv::String8
+stringValue( AllowedTrafficDirection direction ) {
+    return enumText( names, typeName, direction );
+}
+
+AllowedTrafficDirection
+allowedTrafficDirection( std::string_view text ) {
+    return enumParse( names, typeName, text );
+}
+
+Kiv::String8
+valueToStrep( AllowedTrafficDirection direction ) {
+    return "'" + stringValue( direction ) + "'";
+}
+
+std::ostream&
+operator<<( std::ostream& out, AllowedTrafficDirection direction ) {
+    return out << stringValue( direction );
+}
+
+} // namespace Bridging
