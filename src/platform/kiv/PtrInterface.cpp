@@ -1,0 +1,61 @@
+#include "platform/kiv/PtrInterface.h"
+
+#include <atomic>
+#include <new>
+
+namespace Kiv {
+
+bool VFPtrInterface::enableThreadSafePointers = false;
+
+U32
+VFPtrInterface::changeCount( U32 delta ) const {
+    if ( enableThreadSafePointers ) {
+        return ( std::atomic_ref<U32>( word_ ).fetch_add( delta ) + delta ) & countMask;
+    }
+    word_ += delta;
+    return word_ & countMask;
+}
+
+void
+VFPtrInterface::referencesInc() const {
+    changeCount( 1 );
+}
+
+void
+VFPtrInterface::referencesDec() const {
+    if ( changeCount( ~0U ) == 0 ) {
+        handleZeroRef();
+    }
+}
+
+void
+VFPtrInterface::referencesRelease() const {
+    changeCount( ~0U );
+}
+
+void
+VFPtrInterface::handleZeroRef() const {
+    delete this;
+}
+
+void
+VFPtrInterface::flagIs( U32 bit, bool value ) {
+    if ( enableThreadSafePointers ) {
+        std::atomic_ref<U32> word( word_ );
+        value ? word.fetch_or( bit ) : word.fetch_and( ~bit );
+    } else {
+        word_ = value ? word_ | bit : word_ & ~bit;
+    }
+}
+
+void*
+PtrInterface::operator new( std::size_t bytes ) {
+    return ::operator new( bytes );
+}
+
+void
+PtrInterface::operator delete( void* object ) {
+    ::operator delete( object );
+}
+
+} // namespace Kiv
