@@ -1,0 +1,216 @@
+#include "platform/kiv/Activity.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <ctime>
+
+#include "platform/kiv/Clock.h"
+#include "platform/kiv/NotifieeConst.h"
+
+namespace Kiv {
+
+ActivityConfig::ActivityConfig() : activitySm_( new ActivitySm ) {}
+
+ActivitySm*
+kivActivitySmFor( ActivityConfig const* activity ) {
+    return activity ? &activity->activitySm() : &defaultActivity()->activitySm();
+}
+
+Ptr<ActivityConfig>
+defaultActivity() {
+    static Ptr<ActivityConfig> activity( new ActivityConfig );
+    return activity;
+}
+
+ActivitySm::ActivitySm() : epoll_( epoll_create1( EPOLL_CLOEXEC ) ) {
+    invariant( epoll_ >= 0, "epoll_create1" );
+}
+
+ActivitySm::~ActivitySm() {
+    close( epoll_ );
+}
+
+void
+ActivitySm::defer( PtrInterface::NotifieeConst* reactor ) {
+    deferred_.emplace_back( reactor );
+}
+
+void
+ActivitySm::runFor( Seconds span ) {
+    runUntilTime( now() + span );
+}
+
+void
+ActivitySm::runUntilTime( Seconds end ) {
+    for ( stopped_ = false; !stopped_; ) {
+        turn( end );
+        if ( now() >= end ) {
+            deliverDeferred();
+            serveTurnEnd();
+            return;
+        }
+    }
+}
+
+bool
+ActivitySm::runUntil( std::function<bool()> const& condition, Seconds span ) {
+    Seconds const end = now() + span;
+    for ( stopped_ = false; !stopped_ && !condition(); ) {
+        if ( now() >= end ) {
+            return false;
+        }
+        turn( end );
+    }
+    return condition();
+}
+
+void
+ActivitySm::runOnce() {
+    turn( clock().isSimulated() ? never : now() );
+}
+
+Seconds
+ActivitySm::nextDeadline() const {
+    if ( hasWorkAtOnce() ) {
+        return now();
+    }
+    Seconds earliest = never;
+    for ( DeadlineSource* source : deadlineSources_ ) {
+        earliest = std::min( earliest, source->nextDeadline() );
+    }
+    return earliest;
+}
+
+void
+ActivitySm::deadlineSourceDel( DeadlineSource* source ) {
+    std::erase( deadlineSources_, source );
+}
+
+void
+ActivitySm::ioHandlerIs( int descriptor, U32 events, IoHandler* handler ) {
+    epoll_event event{};
+    event.events = events;
+    event.data.fd = descriptor;
+    bool const isNew = ioHandlers_.insert_or_assign( descriptor, handler ).second;
+    epoll_ctl( epoll_, isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event );
+}
+
+void
+ActivitySm::ioHandlerDel( int descriptor ) {
+    if ( ioHandlers_.erase( descriptor ) != 0 ) {
+        epoll_ctl( epoll_, EPOLL_CTL_DEL, descriptor, nullptr );
+    }
+}
+
+void
+ActivitySm::turnEndIs( TurnEndHandler* handler ) {
+    turnEnd_.push_back( handler );
+}
+
+void
+ActivitySm::turnEndDel( TurnEndHandler* handler ) {
+    std::erase( turnEnd_, handler );
+    std::replace(
+        servingTurnEnd_.begin(), servingTurnEnd_.end(), handler, static_cast<TurnEndHandler*>( nullptr )
+    );
+}
+
+void
+ActivitySm::turn( Seconds limit ) {
+    bool busy = deliverDeferred();
+    if ( clock().isSimulated() ) {
+        jumpClock( limit );
+    }
+    std::array<epoll_event, 64> events;
+    int const ready = wait( events, limit );
+    busy |= serveTimers();
+    serveIo( { events.data(), static_cast<std::size_t>( ready ) } );
+    if ( busy ) {
+        clock().instantServedIs( true );
+    }
+    serveTurnEnd();
+}
+
+bool
+ActivitySm::deliverDeferred() {
+    bool any = false;
+    while ( !deferred_.empty() ) {
+        any = true;
+        std::vector<Ptr<PtrInterface::NotifieeConst>> batch;
+        batch.swap( deferred_ );
+        for ( auto const& reactor : batch ) {
+            if ( reactor->references() > 1 ) { // otherwise its owner has dropped it
+                reactor->deliverPending();
+            }
+        }
+    }
+    return any;
+}
+
+/// A turn that served something leaves the clock a tick later, so that a machine which rearms itself for now
+/// cannot hold a simulation at one instant.
+void
+ActivitySm::jumpClock( Seconds limit ) {
+    Seconds target = nextDeadline();
+    if ( clock().instantServed() ) {
+        target = std::max( target, now() + tick );
+    }
+    target = std::min( target, limit );
+    if ( isFinite( target ) ) {
+        clock().advanceTo( target );
+    }
+}
+
+int
+ActivitySm::wait( std::span<epoll_event> events, Seconds limit ) {
+    Seconds span = 0.0;
+    if ( !clock().isSimulated() ) {
+        span = std::max( 0.0, std::min( nextDeadline(), limit ) - now() );
+    } else if ( ioHandlers_.empty() ) {
+        return 0;
+    }
+    constexpr Seconds aDay = 86400.0;
+    span = std::min( span, aDay );
+    timespec timeout{};
+    timeout.tv_sec = static_cast<time_t>( span );
+    timeout.tv_nsec = static_cast<long>( ( span - std::floor( span ) ) * 1e9 );
+    int const ready =
+        epoll_pwait2( epoll_, events.data(), static_cast<int>( events.size() ), &timeout, nullptr );
+    return std::max( ready, 0 ); // a signal ends the wait early, which does no harm
+}
+
+bool
+ActivitySm::serveTimers() {
+    std::size_t served = 0;
+    for ( std::size_t i = 0; i < deadlineSources_.size(); ++i ) {
+        served += deadlineSources_[i]->expire( now() );
+    }
+    return served != 0;
+}
+
+void
+ActivitySm::serveIo( std::span<epoll_event const> events ) {
+    for ( epoll_event const& event : events ) {
+        auto const handler = ioHandlers_.find( event.data.fd );
+        if ( handler != ioHandlers_.end() ) {
+            handler->second->handleIo( event.events );
+        }
+    }
+}
+
+void
+ActivitySm::serveTurnEnd() {
+    servingTurnEnd_.swap( turnEnd_ );
+    for ( std::size_t i = 0; i < servingTurnEnd_.size(); ++i ) {
+        if ( servingTurnEnd_[i] ) {
+            servingTurnEnd_[i]->handleTurnEnd();
+        }
+    }
+    servingTurnEnd_.clear();
+}
+
+} // namespace Kiv
