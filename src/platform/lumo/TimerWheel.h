@@ -1,0 +1,115 @@
+#pragma once
+
+#include <array>
+
+#include "platform/kiv/Activity.h"
+#include "platform/kiv/NotifieeConst.h"
+
+namespace Lumo {
+
+using Kiv::Ptr;
+using Kiv::Seconds;
+using Kiv::U64;
+using Kiv::U8;
+
+/// The clock work behind every deadline of an activity: a hierarchical timing wheel of one tick per microsecond. Nine
+/// wheels of 64 slots each stand above one another; a timer hangs in the wheel of the highest digit (base 64) in which its
+/// tick differs from the present one, and moves down as that digit comes round. Arming, rearming and cancelling take
+/// constant time and allocate nothing. Timers fire in the order of their deadlines, those of one tick in the order of
+/// arming. One that is set for a time already past fires with the next expire(), never inside the call that set it; so does
+/// one that is set for now by a timer that is just firing.
+class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
+  public:
+    class NotifieeConst;
+
+    /// A wheel served by `activity`, the default one where null.
+    explicit TimerWheel( Ptr<Kiv::ActivityConfig> const& activity = nullptr );
+    ~TimerWheel() override;
+
+    /// Timers that are armed.
+    std::size_t armedTimers() const { return armed_; }
+    Seconds nextDeadline() override;
+    std::size_t expire( Seconds now ) override;
+
+  private:
+    static constexpr unsigned digitBits = 6;
+    static constexpr unsigned slotsPerWheel = 1U << digitBits;
+    static constexpr unsigned wheels = 9;
+    static constexpr U64 lastTick = ( U64{ 1 } << 53 ) - 1;
+
+    /// A timer's place in a circular list; also the list's own anchor.
+    struct Link {
+        Link* previous = this;
+        Link* next = this;
+        Link() = default;
+        Link( Link const& ) = delete;
+        Link& operator=( Link const& ) = delete;
+        bool alone() const { return next == this; }
+        void takeOut();
+        void insertBefore( Link& other );
+        /// Moves all of `other`'s members to the end of this list.
+        void spliceBack( Link& other );
+    };
+
+    static U64 deadlineTick( Seconds deadline );
+    static U64 passedTick( Seconds now );
+    static Seconds timeOf( U64 tick );
+
+    void arm( NotifieeConst& timer );
+    void disarm( NotifieeConst& timer );
+    void place( NotifieeConst& timer );
+    void advance( U64 tick );
+    bool earliestSlot( unsigned& wheel, unsigned& slot ) const;
+    void enterSlot( unsigned wheel, unsigned slot );
+    U64 slotStart( unsigned wheel, unsigned slot ) const;
+    U64 earliestTickIn( Link const& slot ) const;
+    void sortDue();
+    void fire( NotifieeConst& timer );
+
+    Kiv::ActivitySm* activity_;
+    Ptr<Kiv::ActivityConfig> activityConfig_;
+    U64 current_;
+    std::size_t armed_ = 0;
+    std::array<U64, wheels> occupied_{};
+    std::array<std::array<Link, slotsPerWheel>, wheels> slots_;
+    Link due_;              ///< set for a tick that had come already
+    bool dueUnsorted_ = false;
+    Link run_;              ///< taken by an expire() in progress
+    U64 nextTick_ = 0;      ///< the earliest tick in the wheels, where nextKnown_
+    bool nextKnown_ = false;
+};
+
+/// A timer: a reactor on a wheel with at most one pending expiry. Times are absolute, on Kiv::now().
+class TimerWheel::NotifieeConst : public Kiv::PtrInterface::NotifieeConst, private TimerWheel::Link {
+  public:
+    ~NotifieeConst() override;
+
+    /// Sets the time at which onTime() is wanted, in place of any earlier one. Infinity disarms.
+    void timeMinIs( Seconds const& time );
+    /// The time last set; infinity for a timer that was never armed or has fired.
+    Seconds timeMin() const { return timeMin_; }
+
+    /// Runs on the activity once the clock has reached timeMin(). The wheel does not repeat.
+    virtual void onTime() {}
+
+  protected:
+    explicit NotifieeConst( Ptr<TimerWheel const> const& wheel );
+
+    TimerWheel* wheel() const {
+        return const_cast<TimerWheel*>( static_cast<TimerWheel const*>( notifierObject() ) );
+    }
+    void doLink( bool link ) override;
+
+  private:
+    friend class TimerWheel;
+
+    bool linked() const { return isRegisteredNotifiee() && hasNotificationActive() && wheel() != nullptr; }
+
+    Seconds timeMin_ = Kiv::never;
+    U64 tick_ = 0;
+    bool armed_ = false;
+    U8 wheelIndex_ = 0;
+    U8 slotIndex_ = 0;
+};
+
+} // namespace Lumo
