@@ -25,7 +25,8 @@ if( IGMPHOST_SANITIZE )
    add_link_options( -fsanitize=${IGMPHOST_SANITIZE} )
 endif()
 if( IGMPHOST_COVERAGE )
-   add_compile_options( --coverage )
+   # Only the project's own sources are counted: programs start and end faster, and reading the counts is quick.
+   add_compile_options( --coverage -fprofile-filter-files=^${PROJECT_SOURCE_DIR}/src/ )
    add_link_options( --coverage )
 endif()
 
