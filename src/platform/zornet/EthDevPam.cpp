@@ -1,0 +1,125 @@
+#include "platform/zornet/EthDevPam.h"
+
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "platform/zornet/EthHdr.h"
+#include "platform/zornet/device/DeviceProvider.h"
+
+namespace Zornet {
+
+namespace {
+
+/// Calls `use` with the bytes of the frame from its first to its last, in one piece.
+template <class Use>
+auto
+withFrame( Pkt const& pkt, Use use ) {
+    if ( pkt.firstIoVec() == Pkt::maxIovecs_ - 1 ) {
+        return use( std::span<U8 const>( pkt.front(), pkt.bytes() ) );
+    }
+    std::vector<U8> joined( pkt.bytes() );
+    pkt.copyTo( joined.data() );
+    return use( std::span<U8 const>( joined ) );
+}
+
+} // namespace
+
+EthDevPam::EthDevPam( Kiv::String8 const& deviceName ) : Pam( deviceName ) {}
+
+EthDevPam::~EthDevPam() {
+    close();
+}
+
+Kiv::Ptr<EthDevPam>
+EthDevPamIs( Kiv::String8 const& deviceName ) {
+    return new EthDevPam( deviceName );
+}
+
+void
+EthDevPam::ethProtocolIs( U16 protocol ) {
+    if ( protocol != everyProtocol && protocol != ethTypeIp ) {
+        Kiv::throwRangeException( "EthDevPam::ethProtocol other than 3 and 0x0800 not allowed" );
+    }
+    if ( protocol == ethProtocol_ ) {
+        return;
+    }
+    bool const wasOpen = deviceOpen();
+    deviceOpenIs( false );
+    attributeIs( attrEthProtocol, ethProtocol_, protocol );
+    deviceOpenIs( wasOpen );
+}
+
+void
+EthDevPam::captureModeIs( U32 mode ) {
+    attributeIs( attrCaptureMode, captureMode_, mode );
+}
+
+void
+EthDevPam::nsIs( NamespaceName const& ns ) {
+    attributeIs( attrNs, ns_, ns );
+}
+
+void
+EthDevPam::deviceOpenIs( bool open ) {
+    if ( open == deviceOpen() ) {
+        return;
+    }
+    if ( open ) {
+        Kiv::Ptr<Device> const device = deviceProvider().device( ns_, name().string() );
+        device_ = device;
+        device->portIs( *this );
+    } else {
+        close();
+    }
+    tellOf( attrDeviceOpen );
+}
+
+void
+EthDevPam::close() {
+    if ( Kiv::Ptr<Device> const device = std::exchange( device_, nullptr ) ) {
+        queue_.clear();
+        device->portDel( *this );
+    }
+}
+
+void
+EthDevPam::receive( Kiv::Ptr<Pkt> const& pkt ) {
+    if ( !pkt || !queue_.push( pkt ) ) {
+        rxErrorsInc( 1 );
+    }
+    if ( pkt && deviceOpen() ) {
+        readableCountInc( 1 );
+    }
+}
+
+void
+EthDevPam::doGetRxPkt() {
+    rxPktHolderIs( queue_.pop() );
+}
+
+void
+EthDevPam::txPktIs( Kiv::Ptr<Pkt> const& pkt ) {
+    bool const taken = device_ && withFrame( *pkt, [this]( std::span<U8 const> frame ) {
+                           return device_->send( *this, frame );
+                       } );
+    if ( !taken ) {
+        txDropsInc( 1 );
+    }
+}
+
+template <class T>
+void
+EthDevPam::attributeIs( Kiv::AttributeId id, T& stored, T const& value ) {
+    if ( stored != value ) {
+        stored = value;
+        tellOf( id );
+    }
+}
+
+void
+EthDevPam::tellOf( Kiv::AttributeId id ) {
+    changed<Reactor, Kiv::AttributeId>( id, &Reactor::onAttribute, id );
+}
+
+} // namespace Zornet

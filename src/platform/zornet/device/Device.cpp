@@ -1,0 +1,97 @@
+#include "platform/zornet/device/Device.h"
+
+#include "platform/zornet/EthDevPam.h"
+#include "platform/zornet/EthHdr.h"
+#include "platform/zornet/PktManager.h"
+
+namespace Zornet {
+
+namespace {
+
+bool
+isIpv4( std::span<U8 const> frame ) {
+    return frame.size() >= sizeof( EthHdr ) &&
+           reinterpret_cast<EthHdr const*>( frame.data() )->typeOrLen() == ethTypeIp;
+}
+
+} // namespace
+
+void
+Device::portIs( EthDevPam& port ) {
+    bool const first = ports() == 0;
+    port.portNumberIs( ++lastPortNumber_ );
+    listOf( port ).insert( port, lastPortNumber_ );
+    if ( first ) {
+        handleFirstPort();
+    }
+    if ( !running_ ) {
+        port.txErrorsInc( 1 );
+        port.rxErrorsInc( 1 );
+    }
+}
+
+void
+Device::portDel( EthDevPam& port ) {
+    listOf( port ).remove( port.portNumber() );
+    if ( ports() == 0 ) {
+        handleNoPort();
+    }
+}
+
+void
+Device::deliver( std::span<U8 const> frame ) {
+    Kiv::Ptr<Device> const self( this );
+    PortList::Walk everyFrame( everyFrame_ );
+    PortList::Walk ipv4Only( ipv4Only_ );
+    while ( auto const port = everyFrame.next() ) {
+        port->receive( pktWithBytes( frame ) );
+    }
+    if ( ipv4Only_.empty() || !isIpv4( frame ) ) {
+        return;
+    }
+    Kiv::Ptr<Pkt> const shared = pktWithBytes( frame );
+    while ( auto const port = ipv4Only.next() ) {
+        port->receive( shared );
+    }
+}
+
+void
+Device::runningIs( bool running ) {
+    if ( running_ == running ) {
+        return;
+    }
+    running_ = running;
+    if ( !running ) {
+        countOnPorts( 1, 1 );
+    }
+}
+
+void
+Device::rxErrorsInc( U32 frames ) {
+    countOnPorts( frames, 0 );
+}
+
+void
+Device::countOnPorts( U32 rxErrors, U32 txErrors ) {
+    Kiv::Ptr<Device> const self( this );
+    for ( PortList* list : { &everyFrame_, &ipv4Only_ } ) {
+        PortList::Walk walk( *list );
+        while ( auto const port = walk.next() ) {
+            port->rxErrorsInc( rxErrors );
+            port->txErrorsInc( txErrors );
+        }
+    }
+}
+
+Kiv::Ptr<EthDevPam>
+Device::port( U64 number ) const {
+    EthDevPam* const port = everyFrame_.find( number );
+    return port ? port : ipv4Only_.find( number );
+}
+
+PortList&
+Device::listOf( EthDevPam const& port ) {
+    return port.ethProtocol() == ethTypeIp ? ipv4Only_ : everyFrame_;
+}
+
+} // namespace Zornet
