@@ -1,15 +1,14 @@
 #include "platform/zornet/Eth8021QTagControl.h"
 
-#include <cstdio>
 #include <ostream>
+
+#include "platform/zornet/FieldValue.h"
 
 namespace Zornet {
 
 Kiv::String8
 valueToStrep( Eth8021QTagControl tag ) {
-    char text[sizeof "0x0000"];
-    std::snprintf( text, sizeof text, "0x%04x", unsigned{ tag.value() } );
-    return text;
+    return hexText( tag.value() );
 }
 
 std::ostream&

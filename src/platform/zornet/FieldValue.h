@@ -42,6 +42,13 @@ using IpTotalLen = FieldValue<U16, struct IpTotalLenTag>;  ///< bytes, header in
 using IpChecksum = FieldValue<U16, struct IpChecksumTag>;  ///< Internet checksum, RFC 1071
 using MessageType = FieldValue<U8, struct MessageTypeTag>; ///< type byte of any IGMP message, known or not
 
+/// Four hexadecimal digits, such as "0x2ad5".
+Kiv::String8 hexText( U16 value );
+
+/// A checksum is bits rather than a number and prints as hexText().
+Kiv::String8 valueToStrep( IpChecksum checksum );
+std::ostream& operator<<( std::ostream& out, IpChecksum checksum );
+
 inline constexpr IpProto ipProtoIgmp = 2;
 
 } // namespace Zornet

@@ -13,7 +13,7 @@ IgmpCommonHdr::computedChecksum( U16 length ) const {
 
 std::ostream&
 operator<<( std::ostream& out, IgmpCommonHdr const& hdr ) {
-    return out << hdr.messageType() << " second byte " << +hdr.unused() << " checksum " << hdr.checksum();
+    return out << hdr.messageType() << " code " << +hdr.unused() << " checksum " << hdr.checksum();
 }
 
 } // namespace Zornet

@@ -13,7 +13,7 @@ class IpHdrRouterAlertOption {
     IpHdrRouterAlertOption() = default;
 
   private:
-    std::array<U8, 4> bytes_{ 0x94, 0x04, 0x00, 0x00 };
+    [[maybe_unused]] std::array<U8, 4> bytes_{ 0x94, 0x04, 0x00, 0x00 };
 };
 
 static_assert( sizeof( IpHdrRouterAlertOption ) == 4 && alignof( IpHdrRouterAlertOption ) == 1 );
