@@ -22,7 +22,6 @@ class SourceSet {
     auto begin() const { return sources_.begin(); }
     auto end() const { return sources_.end(); }
     bool contains( Zornet::IpAddr const& source ) const;
-    operator std::span<Zornet::IpAddr const>() const { return sources_; }
 
     /// Takes in an address above all others.
     void append( Zornet::IpAddr const& source );
