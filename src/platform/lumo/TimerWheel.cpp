@@ -12,8 +12,6 @@ namespace Lumo {
 namespace {
 
 constexpr double ticksPerSecond = 1e6;
-/// Twice the rounding error of a time that was computed from a whole tick.
-constexpr double rounding = 4e-16;
 constexpr Kiv::U8 noWheel = 255; ///< in due_ or run_
 
 } // namespace
@@ -46,8 +44,9 @@ TimerWheel::Link::spliceBack( Link& other ) {
 }
 
 TimerWheel::TimerWheel( Ptr<Kiv::ActivityConfig> const& activity )
-    : activity_( Kiv::kivActivitySmFor( activity.get() ) ), activityConfig_( activity ? activity : Kiv::defaultActivity() ),
-      current_( passedTick( Kiv::now() ) ) {
+    : activity_( Kiv::kivActivitySmFor( activity.get() ) ),
+      activityConfig_( activity ? activity : Kiv::defaultActivity() ),
+      current_( tickOf( Kiv::now() ) ) {
     activity_->deadlineSourceIs( this );
 }
 
@@ -56,29 +55,21 @@ TimerWheel::~TimerWheel() {
 }
 
 U64
-TimerWheel::deadlineTick( Seconds deadline ) {
-    double const ticks = std::ceil( deadline * ticksPerSecond * ( 1.0 - rounding ) );
-    return ticks <= 0.0 ? 0 : ticks >= static_cast<double>( lastTick ) ? lastTick : static_cast<U64>( ticks );
-}
-
-U64
-TimerWheel::passedTick( Seconds now ) {
-    return std::min( lastTick, static_cast<U64>( std::max( 0.0, now * ticksPerSecond * ( 1.0 + rounding ) ) ) );
-}
-
-Seconds
-TimerWheel::timeOf( U64 tick ) {
-    return static_cast<double>( tick ) / ticksPerSecond;
+TimerWheel::tickOf( Seconds time ) {
+    double const ticks = time * ticksPerSecond;
+    return !( ticks > 0.0 )                           ? 0
+           : ticks >= static_cast<double>( lastTick ) ? lastTick
+                                                      : static_cast<U64>( ticks );
 }
 
 void
 TimerWheel::arm( NotifieeConst& timer ) {
-    timer.tick_ = deadlineTick( timer.timeMin_ );
+    timer.tick_ = tickOf( timer.timeMin_ );
     timer.armed_ = true;
     ++armed_;
     place( timer );
     if ( timer.wheelIndex_ != noWheel && nextKnown_ ) {
-        nextTick_ = std::min( nextTick_, timer.tick_ );
+        nextTime_ = std::min( nextTime_, timer.timeMin_ );
     }
 }
 
@@ -93,10 +84,10 @@ TimerWheel::disarm( NotifieeConst& timer ) {
     if ( timer.wheelIndex_ == noWheel ) {
         return;
     }
-    if ( slots_[ timer.wheelIndex_ ][ timer.slotIndex_ ].alone() ) {
-        occupied_[ timer.wheelIndex_ ] &= ~( U64{ 1 } << timer.slotIndex_ );
+    if ( slots_[timer.wheelIndex_][timer.slotIndex_].alone() ) {
+        occupied_[timer.wheelIndex_] &= ~( U64{ 1 } << timer.slotIndex_ );
     }
-    nextKnown_ = nextKnown_ && timer.tick_ != nextTick_;
+    nextKnown_ = nextKnown_ && timer.timeMin_ != nextTime_;
 }
 
 void
@@ -104,7 +95,7 @@ TimerWheel::place( NotifieeConst& timer ) {
     if ( timer.tick_ <= current_ ) {
         timer.wheelIndex_ = noWheel;
         if ( !due_.alone() ) {
-            dueUnsorted_ |= static_cast<NotifieeConst*>( due_.previous )->tick_ > timer.tick_;
+            dueUnsorted_ |= static_cast<NotifieeConst*>( due_.previous )->timeMin_ > timer.timeMin_;
         }
         timer.insertBefore( due_ );
         return;
@@ -114,16 +105,16 @@ TimerWheel::place( NotifieeConst& timer ) {
     auto const slot = static_cast<unsigned>( timer.tick_ >> ( wheel * digitBits ) ) & ( slotsPerWheel - 1 );
     timer.wheelIndex_ = static_cast<U8>( wheel );
     timer.slotIndex_ = static_cast<U8>( slot );
-    timer.insertBefore( slots_[ wheel ][ slot ] );
-    occupied_[ wheel ] |= U64{ 1 } << slot;
+    timer.insertBefore( slots_[wheel][slot] );
+    occupied_[wheel] |= U64{ 1 } << slot;
 }
 
 /// The slot whose ticks come first: the first one of the lowest wheel that holds any.
 bool
 TimerWheel::earliestSlot( unsigned& wheel, unsigned& slot ) const {
     for ( wheel = 0; wheel < wheels; ++wheel ) {
-        if ( occupied_[ wheel ] != 0 ) {
-            slot = static_cast<unsigned>( std::countr_zero( occupied_[ wheel ] ) );
+        if ( occupied_[wheel] != 0 ) {
+            slot = static_cast<unsigned>( std::countr_zero( occupied_[wheel] ) );
             return true;
         }
     }
@@ -140,9 +131,9 @@ TimerWheel::slotStart( unsigned wheel, unsigned slot ) const {
 void
 TimerWheel::enterSlot( unsigned wheel, unsigned slot ) {
     current_ = slotStart( wheel, slot );
-    occupied_[ wheel ] &= ~( U64{ 1 } << slot );
+    occupied_[wheel] &= ~( U64{ 1 } << slot );
     Link entered;
-    entered.spliceBack( slots_[ wheel ][ slot ] );
+    entered.spliceBack( slots_[wheel][slot] );
     while ( !entered.alone() ) {
         auto* const timer = static_cast<NotifieeConst*>( entered.next );
         timer->takeOut();
@@ -150,7 +141,7 @@ TimerWheel::enterSlot( unsigned wheel, unsigned slot ) {
     }
 }
 
-/// Brings the present tick to `tick`; what has come due on the way stands in due_, in order.
+/// Brings the present tick to `tick`; what has come to it on the way stands in due_.
 void
 TimerWheel::advance( U64 tick ) {
     unsigned wheel = 0;
@@ -171,8 +162,9 @@ TimerWheel::sortDue() {
     for ( Link* at = due_.next; at != &due_; at = at->next ) {
         timers.push_back( static_cast<NotifieeConst*>( at ) );
     }
-    std::stable_sort( timers.begin(), timers.end(),
-                      []( auto const* a, auto const* b ) { return a->tick_ < b->tick_; } );
+    std::stable_sort( timers.begin(), timers.end(), []( auto const* a, auto const* b ) {
+        return a->timeMin_ < b->timeMin_;
+    } );
     for ( NotifieeConst* timer : timers ) {
         timer->takeOut();
         timer->insertBefore( due_ );
@@ -182,9 +174,14 @@ TimerWheel::sortDue() {
 
 std::size_t
 TimerWheel::expire( Seconds now ) {
-    advance( passedTick( now ) );
+    Ptr<TimerWheel> const held( this );
+    advance( tickOf( now ) );
     sortDue();
-    run_.spliceBack( due_ );
+    while ( !due_.alone() && timeOfFirst( due_ ) <= now ) {
+        Link* const timer = due_.next;
+        timer->takeOut();
+        timer->insertBefore( run_ );
+    }
     std::size_t fired = 0;
     for ( ; !run_.alone(); ++fired ) {
         fire( *static_cast<NotifieeConst*>( run_.next ) );
@@ -204,11 +201,16 @@ TimerWheel::fire( NotifieeConst& timer ) {
     }
 }
 
-U64
-TimerWheel::earliestTickIn( Link const& slot ) const {
-    U64 earliest = lastTick;
+Seconds
+TimerWheel::timeOfFirst( Link const& list ) {
+    return list.alone() ? Kiv::never : static_cast<NotifieeConst const*>( list.next )->timeMin_;
+}
+
+Seconds
+TimerWheel::earliestTimeIn( Link const& slot ) {
+    Seconds earliest = Kiv::never;
     for ( Link const* at = slot.next; at != &slot; at = at->next ) {
-        earliest = std::min( earliest, static_cast<NotifieeConst const*>( at )->tick_ );
+        earliest = std::min( earliest, static_cast<NotifieeConst const*>( at )->timeMin_ );
     }
     return earliest;
 }
@@ -216,7 +218,8 @@ TimerWheel::earliestTickIn( Link const& slot ) const {
 Seconds
 TimerWheel::nextDeadline() {
     if ( !due_.alone() || !run_.alone() ) {
-        return timeOf( current_ );
+        sortDue();
+        return std::min( timeOfFirst( due_ ), timeOfFirst( run_ ) );
     }
     if ( !nextKnown_ ) {
         unsigned wheel = 0;
@@ -224,10 +227,10 @@ TimerWheel::nextDeadline() {
         if ( !earliestSlot( wheel, slot ) ) {
             return Kiv::never;
         }
-        nextTick_ = earliestTickIn( slots_[ wheel ][ slot ] );
+        nextTime_ = earliestTimeIn( slots_[wheel][slot] );
         nextKnown_ = true;
     }
-    return timeOf( nextTick_ );
+    return nextTime_;
 }
 
 TimerWheel::NotifieeConst::NotifieeConst( Ptr<TimerWheel const> const& wheel )
@@ -239,12 +242,12 @@ TimerWheel::NotifieeConst::~NotifieeConst() {
 
 void
 TimerWheel::NotifieeConst::timeMinIs( Seconds const& time ) {
-    timeMin_ = time;
-    if ( !linked() ) {
-        return;
+    Seconds const wanted = time; // may be the field itself
+    if ( wheel() ) {
+        wheel()->disarm( *this );
     }
-    wheel()->disarm( *this );
-    if ( Kiv::isFinite( time ) ) {
+    timeMin_ = wanted;
+    if ( linked() && Kiv::isFinite( wanted ) ) {
         wheel()->arm( *this );
     }
 }

@@ -12,12 +12,14 @@ using Kiv::Seconds;
 using Kiv::U64;
 using Kiv::U8;
 
-/// The clock work behind every deadline of an activity: a hierarchical timing wheel of one tick per microsecond. Nine
-/// wheels of 64 slots each stand above one another; a timer hangs in the wheel of the highest digit (base 64) in which its
-/// tick differs from the present one, and moves down as that digit comes round. Arming, rearming and cancelling take
-/// constant time and allocate nothing. Timers fire in the order of their deadlines, those of one tick in the order of
-/// arming. One that is set for a time already past fires with the next expire(), never inside the call that set it; so does
-/// one that is set for now by a timer that is just firing.
+/// The clock work behind every deadline of an activity: a hierarchical timing wheel of one tick per
+/// microsecond. Nine wheels of 64 slots each stand above one another; a timer hangs in the wheel of the
+/// highest digit (base 64) in which its tick differs from the present one, and moves down as that digit comes
+/// round. What has reached the present tick waits in one list, sorted by exact time, so no timer fires early
+/// and all fire in the order of their times, those of one time in the order of arming. Arming, rearming and
+/// cancelling take constant time and allocate nothing. A timer that is set for a time already past fires with
+/// the next expire(), never inside the call that set it; so does one that is set for now by a timer that is
+/// just firing.
 class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
   public:
     class NotifieeConst;
@@ -28,6 +30,7 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
 
     /// Timers that are armed.
     std::size_t armedTimers() const { return armed_; }
+    /// The time of the first armed timer, exactly; it may lie in the past. Never where none is armed.
     Seconds nextDeadline() override;
     std::size_t expire( Seconds now ) override;
 
@@ -51,9 +54,10 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
         void spliceBack( Link& other );
     };
 
-    static U64 deadlineTick( Seconds deadline );
-    static U64 passedTick( Seconds now );
-    static Seconds timeOf( U64 tick );
+    /// The tick in which a time lies. It never falls as the time grows.
+    static U64 tickOf( Seconds time );
+    static Seconds timeOfFirst( Link const& list );
+    static Seconds earliestTimeIn( Link const& slot );
 
     void arm( NotifieeConst& timer );
     void disarm( NotifieeConst& timer );
@@ -62,7 +66,6 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
     bool earliestSlot( unsigned& wheel, unsigned& slot ) const;
     void enterSlot( unsigned wheel, unsigned slot );
     U64 slotStart( unsigned wheel, unsigned slot ) const;
-    U64 earliestTickIn( Link const& slot ) const;
     void sortDue();
     void fire( NotifieeConst& timer );
 
@@ -72,10 +75,10 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
     std::size_t armed_ = 0;
     std::array<U64, wheels> occupied_{};
     std::array<std::array<Link, slotsPerWheel>, wheels> slots_;
-    Link due_;              ///< set for a tick that had come already
+    Link due_; ///< has reached the present tick
     bool dueUnsorted_ = false;
-    Link run_;              ///< taken by an expire() in progress
-    U64 nextTick_ = 0;      ///< the earliest tick in the wheels, where nextKnown_
+    Link run_;               ///< taken by an expire() in progress
+    Seconds nextTime_ = 0.0; ///< the earliest time in the wheels, where nextKnown_
     bool nextKnown_ = false;
 };
 
