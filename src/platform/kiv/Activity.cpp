@@ -17,12 +17,13 @@ ActivityConfig::ActivityConfig() : activitySm_( new ActivitySm ) {}
 
 ActivitySm*
 kivActivitySmFor( ActivityConfig const* activity ) {
-    return activity ? &activity->activitySm() : &defaultActivity()->activitySm();
+    return &( activity ? activity : defaultActivity().get() )->activitySm();
 }
 
-Ptr<ActivityConfig>
+Ptr<ActivityConfig> const&
 defaultActivity() {
-    static Ptr<ActivityConfig> activity( new ActivityConfig );
+    // Never destroyed: what is torn down at the end of the process may still ask for it.
+    static auto const& activity = *new Ptr<ActivityConfig>( new ActivityConfig );
     return activity;
 }
 
@@ -46,9 +47,9 @@ ActivitySm::runFor( Seconds span ) {
 
 void
 ActivitySm::runUntilTime( Seconds end ) {
-    for ( stopped_ = false; !stopped_; ) {
+    for ( begin(); !stopped_; ) {
         turn( end );
-        if ( now() >= end ) {
+        if ( now() >= end || nothingCanCome( end ) ) {
             deliverDeferred();
             serveTurnEnd();
             return;
@@ -59,13 +60,26 @@ ActivitySm::runUntilTime( Seconds end ) {
 bool
 ActivitySm::runUntil( std::function<bool()> const& condition, Seconds span ) {
     Seconds const end = now() + span;
-    for ( stopped_ = false; !stopped_ && !condition(); ) {
-        if ( now() >= end ) {
+    for ( begin(); !stopped_ && !condition(); ) {
+        if ( now() >= end || nothingCanCome( end ) ) {
             return false;
         }
         turn( end );
     }
     return condition();
+}
+
+/// Opens a run. The caller has had the floor, so this instant counts as not yet served.
+void
+ActivitySm::begin() {
+    stopped_ = false;
+    clock().instantServedIs( false );
+}
+
+/// True where a simulation without end has run out of events.
+bool
+ActivitySm::nothingCanCome( Seconds end ) const {
+    return clock().isSimulated() && ioHandlers_.empty() && !isFinite( end ) && !isFinite( nextDeadline() );
 }
 
 void
@@ -90,13 +104,17 @@ ActivitySm::deadlineSourceDel( DeadlineSource* source ) {
     std::erase( deadlineSources_, source );
 }
 
-void
+bool
 ActivitySm::ioHandlerIs( int descriptor, U32 events, IoHandler* handler ) {
     epoll_event event{};
     event.events = events;
     event.data.fd = descriptor;
     bool const isNew = ioHandlers_.insert_or_assign( descriptor, handler ).second;
-    epoll_ctl( epoll_, isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event );
+    bool const taken = epoll_ctl( epoll_, isNew ? EPOLL_CTL_ADD : EPOLL_CTL_MOD, descriptor, &event ) == 0;
+    if ( !taken ) {
+        ioHandlers_.erase( descriptor );
+    }
+    return taken;
 }
 
 void
@@ -129,10 +147,10 @@ ActivitySm::turn( Seconds limit ) {
     int const ready = wait( events, limit );
     busy |= serveTimers();
     serveIo( { events.data(), static_cast<std::size_t>( ready ) } );
+    busy |= serveTurnEnd();
     if ( busy ) {
         clock().instantServedIs( true );
     }
-    serveTurnEnd();
 }
 
 bool
@@ -177,7 +195,8 @@ ActivitySm::wait( std::span<epoll_event> events, Seconds limit ) {
     span = std::min( span, aDay );
     timespec timeout{};
     timeout.tv_sec = static_cast<time_t>( span );
-    timeout.tv_nsec = static_cast<long>( ( span - std::floor( span ) ) * 1e9 );
+    timeout.tv_nsec =
+        std::min( 999'999'999L, static_cast<long>( std::ceil( ( span - std::floor( span ) ) * 1e9 ) ) );
     int const ready =
         epoll_pwait2( epoll_, events.data(), static_cast<int>( events.size() ), &timeout, nullptr );
     return std::max( ready, 0 ); // a signal ends the wait early, which does no harm
@@ -202,15 +221,17 @@ ActivitySm::serveIo( std::span<epoll_event const> events ) {
     }
 }
 
-void
+bool
 ActivitySm::serveTurnEnd() {
     servingTurnEnd_.swap( turnEnd_ );
+    bool const any = !servingTurnEnd_.empty();
     for ( std::size_t i = 0; i < servingTurnEnd_.size(); ++i ) {
         if ( servingTurnEnd_[i] ) {
             servingTurnEnd_[i]->handleTurnEnd();
         }
     }
     servingTurnEnd_.clear();
+    return any;
 }
 
 } // namespace Kiv

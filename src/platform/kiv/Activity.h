@@ -86,20 +86,23 @@ class ActivitySm : public PtrInterface {
     /// The caller keeps ownership of every handler and takes it back with the Del form before it goes.
     void deadlineSourceIs( DeadlineSource* source ) { deadlineSources_.push_back( source ); }
     void deadlineSourceDel( DeadlineSource* source );
-    void ioHandlerIs( int descriptor, U32 events, IoHandler* handler );
+    /// False for a descriptor that cannot be waited for, such as that of a regular file.
+    bool ioHandlerIs( int descriptor, U32 events, IoHandler* handler );
     void ioHandlerDel( int descriptor );
     /// Asks for one call at the end of this turn (or the next, when outside one).
     void turnEndIs( TurnEndHandler* handler );
     void turnEndDel( TurnEndHandler* handler );
 
   private:
+    void begin();
+    bool nothingCanCome( Seconds end ) const;
     void turn( Seconds limit );
     bool deliverDeferred();
     void jumpClock( Seconds limit );
     int wait( std::span<epoll_event> events, Seconds limit );
     bool serveTimers();
     void serveIo( std::span<epoll_event const> events );
-    void serveTurnEnd();
+    bool serveTurnEnd();
     bool hasWorkAtOnce() const { return !deferred_.empty() || !turnEnd_.empty(); }
 
     bool deferredDelivery_ = false;
@@ -116,6 +119,6 @@ class ActivitySm : public PtrInterface {
 ActivitySm* kivActivitySmFor( ActivityConfig const* activity );
 
 /// The activity that a null handle stands for.
-Ptr<ActivityConfig> defaultActivity();
+Ptr<ActivityConfig> const& defaultActivity();
 
 } // namespace Kiv

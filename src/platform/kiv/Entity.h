@@ -37,7 +37,7 @@ class Entity : public PtrInterface {
   protected:
     explicit Entity( Name const& name ) : name_( name ) {}
 
-    /// The body of a scalar's mutator. `C` is the member function type of the callback that tells of it.
+    /// The body of a scalar's mutator; `callback` tells of the change.
     template <class T, class N>
     void scalarIs( AttributeId id, T& stored, T const& value, void ( N::*callback )() ) {
         if ( stored == value ) {
@@ -106,6 +106,13 @@ class Entity : public PtrInterface {
     void adopt( AttributeId, PtrInterface& ) {}
     static void orphan( Entity& child ) { child.parentIs( nullptr ); }
     static void orphan( PtrInterface& ) {}
+    /// For the destructor of an entity with a collection: members that others still hold have no parent then.
+    template <class M, class K>
+    static void orphanAll( HashMap<M, K> const& members ) {
+        for ( M& member : members ) {
+            orphan( member );
+        }
+    }
 
   private:
     void notifyAll( AttributeId id, FunctionRef<void( Reactor& )> call );

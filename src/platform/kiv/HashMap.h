@@ -69,7 +69,11 @@ class HashMap : public HashMapGeneric {
 
     /// The member, or null.
     Member* find( Key const& key ) const {
-        Member* const at = firstNotBefore( bitReverse( key.hash() ), key );
+        if ( !buckets_ ) {
+            return nullptr;
+        }
+        U32 const order = bitReverse( key.hash() );
+        Member* const at = firstInChain( *bucketOf( order ), order, key );
         return at && at->fwkKey() == key ? at : nullptr;
     }
     /// Takes a member in. Its key must be absent.
@@ -132,12 +136,15 @@ class HashMap : public HashMapGeneric {
             return nullptr;
         }
         HashMember** const bucket = bucketOf( order );
-        HashMember* at = *bucket;
+        if ( Member* const at = firstInChain( *bucket, order, key ) ) {
+            return at;
+        }
+        return static_cast<Member*>( findNextBucket( static_cast<std::size_t>( bucket - buckets_.get() ) + 1 )
+        );
+    }
+    static Member* firstInChain( HashMember* at, U32 order, Key const& key ) {
         while ( at && isBefore( at, order, key ) ) {
             at = at->next_;
-        }
-        if ( !at ) {
-            at = findNextBucket( static_cast<std::size_t>( bucket - buckets_.get() ) + 1 );
         }
         return static_cast<Member*>( at );
     }

@@ -99,6 +99,8 @@ PtrInterface::NotifieeConst::kivOnAttribute( AttributeId id, U8* keyCount ) {
     if ( pendingId_ == noAttribute ) {
         pendingId_ = id;
         activity->defer( this );
+    } else if ( id == everyAttributeAndKey || pendingId_ == everyAttributeAndKey ) {
+        pendingId_ = everyAttributeAndKey;
     } else if ( pendingId_ != id ) {
         pendingId_ = everyAttribute;
     }
@@ -113,6 +115,9 @@ PtrInterface::NotifieeConst::redispatch( ActivitySm* ) {
 void
 PtrInterface::NotifieeConst::handleNotification( ActivityConfig* activity ) {
     AttributeId const id = std::exchange( pendingId_, noAttribute );
+    if ( id == noAttribute ) {
+        return;
+    }
     bool const every = id == everyAttribute || id == everyAttributeAndKey;
     bool found = false;
     for ( Watch const& watch : watches() ) {
@@ -135,7 +140,7 @@ PtrInterface::NotifieeConst::deliverOne( Watch const& watch, bool keyedAlways ) 
         return;
     }
     U8 const count = std::exchange( pendingKeyCount_, U8{ 0 } );
-    if ( count > 1 || ( keyedAlways && count == 0 ) ) {
+    if ( keyedAlways || count > 1 ) {
         watch.call( *this );
     } else if ( count == 1 ) {
         watch.callKey( *this );

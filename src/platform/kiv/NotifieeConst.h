@@ -19,6 +19,9 @@ struct Watch {
     void ( *callKey )( PtrInterface::NotifieeConst& reactor ) = nullptr;
 };
 
+/// The attributes of a reactor that wait for replication.
+using Kiv_BitSet = U64;
+
 template <auto callback>
 struct CallbackThunk;
 template <class N, void ( N::*callback )()>
@@ -60,6 +63,12 @@ class PtrInterface::NotifieeConst : public PtrInterface {
     /// True for a replication stream adapter, which is told before every other reactor.
     virtual bool isStreamAdapter() const { return false; }
     virtual Name name() const { return {}; }
+
+    /// Hooks that a runtime may call; the base forms do nothing.
+    virtual void kivAuditErrors( unsigned int ) {}
+    virtual void auditErrors( unsigned int ) {}
+    virtual void zeroReferencesIs( bool ) {}
+    virtual void kiv_bitSetIs( Kiv_BitSet ) {}
 
     virtual void onAttribute( AttributeId ) {}
     virtual void onNotification() {}
@@ -103,7 +112,9 @@ class PtrInterface::NotifieeConst : public PtrInterface {
     bool deliverable( AttributeId id ) { return !kivOnAttribute( id, nullptr ) && !kivZombie(); }
 
     static constexpr AttributeId noAttribute = std::numeric_limits<AttributeId>::min();
+    /// Pending in place of an id: deliver every attribute, the keyed one by its pending keys ...
     static constexpr AttributeId everyAttribute = -1;
+    /// ... or as a whole, whatever its pending keys.
     static constexpr AttributeId everyAttributeAndKey = -2;
     U8 pendingKeyCount_ = 0;
 

@@ -35,6 +35,7 @@ VFPtrInterface::referencesRelease() const {
 
 void
 VFPtrInterface::handleZeroRef() const {
+    referencesInc(); // a pointer that the teardown makes for a moment must not bring the count to zero again
     delete this;
 }
 

@@ -18,7 +18,6 @@ StateMachine::kivDoZombieReactors( bool zombie ) {
         return;
     }
     forEachReactor( [zombie]( NotifieeConst& reactor ) { reactor.kivDoZombieReactors( zombie ); } );
-    forEachChild( [zombie]( StateMachine& child ) { child.kivDoZombieReactors( zombie ); } );
     kivMarkedForDeletionIs( zombie );
 }
 

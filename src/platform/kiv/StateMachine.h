@@ -13,7 +13,8 @@ class StateMachine : public PtrInterface {
   public:
     /// Sets the flag and passes it on to every reactor and child. The value in force changes nothing.
     virtual void hasNotificationActiveIs( bool value );
-    /// Stops (or restarts) the callbacks of every reactor and child for good.
+    /// Stops (or restarts) the callbacks of every reactor for good. Children are not reached: they die with
+    /// their own last reference.
     virtual void kivDoZombieReactors( bool zombie );
     /// Moves the machine's reactors to another activity.
     virtual void kivFwkActivityIs( Ptr<ActivityConfig> const& activity );

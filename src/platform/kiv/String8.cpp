@@ -39,13 +39,12 @@ StringN<unsigned char>::make( std::string_view text ) {
     return data;
 }
 
-void
+U32
 StringN<unsigned char>::countChange( U32 delta ) const {
     if ( VFPtrInterface::enableThreadSafePointers ) {
-        std::atomic_ref<U32>( references_ ).fetch_add( delta );
-    } else {
-        references_ += delta;
+        return std::atomic_ref<U32>( references_ ).fetch_add( delta ) + delta;
     }
+    return references_ += delta;
 }
 
 void
@@ -57,11 +56,7 @@ StringN<unsigned char>::referencesInc() const {
 
 void
 StringN<unsigned char>::referencesDec() const {
-    if ( this == &nullStringData_ ) {
-        return;
-    }
-    countChange( ~0U );
-    if ( references_ == 0 ) {
+    if ( this != &nullStringData_ && countChange( ~0U ) == 0 ) {
         ::operator delete( const_cast<StringN*>( this ) );
     }
 }

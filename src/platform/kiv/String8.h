@@ -30,7 +30,7 @@ class StringN<unsigned char> {
 
   private:
     constexpr StringN( U32 bytes, U32 hash ) : bytes_( bytes ), hash_( hash ) {}
-    void countChange( U32 delta ) const;
+    U32 countChange( U32 delta ) const;
 
     mutable U32 references_ = 0;
     U32 bytes_;

@@ -9,10 +9,17 @@ namespace Quillog {
 class BlockTimer {
   public:
     BlockTimer( Kiv::TraceHandle const& handle, int level, char const* what )
-        : handle_( handle ), level_( level ), what_( what ), start_( handle.on( level ) ? Kiv::now() : 0.0 ) {}
+        : handle_( handle ),
+          level_( level ),
+          what_( what ),
+          start_( handle.on( level ) ? Kiv::now() : Kiv::never ) {}
     BlockTimer( BlockTimer const& ) = delete;
     BlockTimer& operator=( BlockTimer const& ) = delete;
-    ~BlockTimer() { KIV_TRACE( handle_, level_ ) << what_ << " took " << Kiv::now() - start_ << " sec"; }
+    ~BlockTimer() {
+        if ( Kiv::isFinite( start_ ) ) {
+            KIV_TRACE( handle_, level_ ) << what_ << " took " << Kiv::now() - start_ << " sec";
+        }
+    }
 
   private:
     Kiv::TraceHandle const& handle_;
