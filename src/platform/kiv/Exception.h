@@ -14,8 +14,8 @@ class Exception : public std::exception {
     using Id = unsigned int;
     using IdBitArray = std::bitset<32>;
 
-    Exception( String8 message, IdBitArray ids, bool expected )
-        : message_( std::move( message ) ), ids_( ids ), expected_( expected ) {}
+    Exception( String8 const& message, IdBitArray ids, bool expected )
+        : message_( message ), ids_( ids ), expected_( expected ) {}
 
     char const* what() const noexcept override { return message_.charPtr(); }
     String8 const& message() const { return message_; }

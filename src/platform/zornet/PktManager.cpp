@@ -64,7 +64,7 @@ globalPktManagerIs( Kiv::Ptr<PktManager> const& manager ) {
 
 Kiv::Ptr<Pkt>
 pktWithBytes( std::span<U8 const> frame, U32 headRoom ) {
-    Kiv::Ptr<Pkt> const pkt = globalPktManager()->newPkt();
+    Kiv::Ptr<Pkt> pkt = globalPktManager()->newPkt();
     if ( pkt ) {
         pkt->newSharedHeadData( static_cast<U32>( frame.size() ) + headRoom );
         pkt->delSharedHeadData( headRoom );
