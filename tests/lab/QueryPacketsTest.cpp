@@ -6,8 +6,8 @@
 
 #include "lab/IgmpFrame.h"
 #include "platform/zornet/Pkt.h"
-#include "tests/lab/Frames.h"
 #include "tests/platform/zornet/Hex.h"
+#include "tests/support/Frames.h"
 
 namespace Lab {
 

@@ -6,7 +6,7 @@
 #include "platform/kiv/Clock.h"
 #include "platform/zornet/Pam.h"
 #include "platform/zornet/PktManager.h"
-#include "tests/lab/Frames.h"
+#include "tests/support/Frames.h"
 
 namespace Lab {
 

@@ -1,4 +1,4 @@
-#include "tests/lab/Frames.h"
+#include "tests/support/Frames.h"
 
 #include "platform/zornet/Checksum.h"
 #include "platform/zornet/IpMcastMacAddr.h"
