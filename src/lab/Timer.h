@@ -7,11 +7,10 @@
 
 namespace Lab {
 
-/// True for a time that lies ahead. One of the present tick has come, whether or not the wheel has told of it
-/// yet.
+/// True for a time that lies ahead. One that is now has come, whether or not the wheel has told of it yet.
 inline bool
 isAhead( Kiv::Seconds time ) {
-    return Kiv::isFinite( time ) && time > Kiv::now() + Kiv::ActivitySm::tick / 2;
+    return Kiv::isFinite( time ) && time > Kiv::now();
 }
 
 /// A timer that calls a function once when its time has come. It may be destroyed by that function. It is
