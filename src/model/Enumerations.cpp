@@ -1,0 +1,112 @@
+#include "model/Enumerations.h"
+
+#include <ostream>
+
+#include "platform/kiv/EnumText.h"
+
+namespace Igmp {
+
+namespace {
+
+constexpr char versionType[] = "IgmpVersion";
+constexpr Kiv::EnumName<IgmpVersion> versions[] = {
+    { igmpVersionUnknown, "igmpVersionUnknown" },
+    { igmpVersion1, "igmpVersion1" },
+    { igmpVersion2, "igmpVersion2" },
+    { igmpVersion3, "igmpVersion3" },
+};
+constexpr char stateType[] = "TimerState";
+constexpr Kiv::EnumName<TimerState> states[] = {
+    { timerDisabled, "timerDisabled" },
+    { timerRunning, "timerRunning" },
+    { timerExpired, "timerExpired" },
+};
+
+/// The first enumerator that `matches`. Raises RangeException with the type's name where none does.
+template <class E, std::size_t count, class Matches>
+E
+instance( Kiv::EnumName<E> const ( &names )[count], char const* typeName, Matches matches ) {
+    for ( Kiv::EnumName<E> const& name : names ) {
+        if ( matches( name ) ) {
+            return name.value;
+        }
+    }
+    Kiv::throwRangeException( typeName );
+}
+
+Kiv::String8
+quoted( Kiv::String8 const& text ) {
+    return Kiv::String8( "'" ) + text + "'";
+}
+
+} // namespace
+
+Kiv::String8
+stringValue( IgmpVersion version ) {
+    return enumText( versions, versionType, version );
+}
+
+Kiv::String8
+stringValue( TimerState state ) {
+    return enumText( states, stateType, state );
+}
+
+Kiv::String8
+valueToStrep( IgmpVersion const& version ) {
+    return quoted( stringValue( version ) );
+}
+
+Kiv::String8
+valueToStrep( TimerState const& state ) {
+    return quoted( stringValue( state ) );
+}
+
+std::ostream&
+operator<<( std::ostream& out, IgmpVersion version ) {
+    return out << stringValue( version );
+}
+
+std::ostream&
+operator<<( std::ostream& out, TimerState state ) {
+    return out << stringValue( state );
+}
+
+IgmpVersion
+IgmpVersionInstance( unsigned int number ) {
+    return instance( versions, versionType, [=]( auto const& name ) { return name.value == number; } );
+}
+
+IgmpVersion
+IgmpVersionInstance( Kiv::String8 const& text ) {
+    return instance( versions, versionType, [&]( auto const& one ) { return text.view() == one.text; } );
+}
+
+TimerState
+TimerStateInstance( unsigned int number ) {
+    return instance( states, stateType, [=]( auto const& name ) { return name.value == number; } );
+}
+
+TimerState
+TimerStateInstance( Kiv::String8 const& text ) {
+    return instance( states, stateType, [&]( auto const& one ) { return text.view() == one.text; } );
+}
+
+} // namespace Igmp
+
+std::string
+Kiv::ValueTraits<Igmp::IgmpVersion>::format( Igmp::IgmpVersion value ) {
+    return Igmp::stringValue( value ).charPtr();
+}
+
+Igmp::IgmpVersion
+Kiv::ValueTraits<Igmp::IgmpVersion>::parse( std::string_view text ) {
+    bool const isNumber = text.size() == 1 && text[0] >= '0' && text[0] <= '3';
+    if ( isNumber ) {
+        return Igmp::IgmpVersionInstance( static_cast<unsigned int>( text[0] - '0' ) );
+    }
+    try {
+        return Igmp::IgmpVersionInstance( Kiv::String8( text ) );
+    } catch ( Kiv::RangeException const& ) {
+        Kiv::throwExpected( "an IGMP version: 0 to 3 or igmpVersion1, igmpVersion2, igmpVersion3", text );
+    }
+}
