@@ -1,0 +1,7 @@
+#include "engine/Trace.h"
+
+namespace Igmp {
+
+Kiv::TraceHandle igmpHostTrace( "IgmpHost" );
+
+} // namespace Igmp
