@@ -36,6 +36,9 @@ igmpV3GroupRecordType( std::string_view text ) {
         text.remove_suffix( 1 );
         return Type{ Kiv::ValueTraits<U8>::parse( text ) };
     }
+    if ( text == "include" || text == "exclude" ) {
+        return text == "include" ? Type::MODE_IS_INCLUDE : Type::MODE_IS_EXCLUDE;
+    }
     return enumParse( names, typeName, text );
 }
 

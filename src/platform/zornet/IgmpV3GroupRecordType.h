@@ -22,7 +22,8 @@ enum class IgmpV3GroupRecordType : U8 {
 
 /// The enumerator's name; "IgmpV3GroupRecordType(%d)" with the number where there is none.
 Kiv::String8 stringValue( IgmpV3GroupRecordType type );
-/// What stringValue() gives, back to the type. Raises RangeException for any other text.
+/// What stringValue() gives, back to the type; "include" and "exclude" are taken for the two filter modes.
+/// Raises RangeException for any other text.
 IgmpV3GroupRecordType igmpV3GroupRecordType( std::string_view text );
 /// The name between single quotes.
 Kiv::String8 valueToStrep( IgmpV3GroupRecordType type );
