@@ -112,10 +112,12 @@ class HashMap : public HashMapGeneric {
         member->referencesDec();
         return held;
     }
-    /// Removes every member, in the order of the walk.
+    /// Removes every member, in the order of the walk, those included that are inserted meanwhile.
     void clear() {
         while ( size_ != 0 ) {
-            remove( Key( static_cast<Member*>( findNextBucket( 0 ) )->fwkKey() ) );
+            for ( Iterator at = begin(); at; ++at ) {
+                remove( at->fwkKey() );
+            }
         }
     }
 

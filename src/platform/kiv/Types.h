@@ -21,7 +21,7 @@ inline constexpr Seconds never = std::numeric_limits<double>::infinity();
 /// True for a time that will come: anything up to the largest finite double.
 constexpr bool
 isFinite( Seconds t ) {
-    return !( t > std::numeric_limits<double>::max() );
+    return t <= std::numeric_limits<double>::max();
 }
 
 /// Number of one attribute of a type. Entities count from 258, state machines from 130, values from 2.

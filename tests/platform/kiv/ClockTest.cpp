@@ -67,6 +67,7 @@ TEST( ClockTest, ScopesExchangeTheClockAndNest ) {
 TEST( ClockTest, NeverIsTheOnlyTimeAboveTheLargestFiniteOne ) {
     EXPECT_TRUE( Kiv::isFinite( 0.0 ) );
     EXPECT_TRUE( Kiv::isFinite( std::numeric_limits<double>::max() ) );
+    EXPECT_FALSE( Kiv::isFinite( std::numeric_limits<double>::quiet_NaN() ) );
     EXPECT_FALSE( Kiv::isFinite( Kiv::never ) );
     EXPECT_FALSE( Kiv::isFinite( Kiv::never - 1e300 ) );
 }

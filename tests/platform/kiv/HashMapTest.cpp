@@ -292,6 +292,25 @@ TEST_F( HashMapTest, MemberMayReenterTheMapFromItsDestructor ) {
     EXPECT_EQ( map_.size(), 0U );
 }
 
+TEST_F( HashMapTest, ClearingTakesWhatIsInsertedMeanwhile ) {
+    struct Phoenix : Member {
+        Phoenix( Key const& key, Map& map ) : Member( key ), map_( map ) {}
+        ~Phoenix() override { insert( map_, { fwkKey().number + 1 } ); }
+        Map& map_;
+    };
+    map_.insert( new Phoenix( { 1 }, map_ ) );
+    map_.clear();
+    EXPECT_EQ( map_.size(), 0U );
+    EXPECT_EQ( Member::alive, 0 );
+}
+
+/// Would take minutes if each removal looked for the first member from the start of the table.
+TEST_F( HashMapTest, ClearingALargeMapIsOneWalk ) {
+    fill( 200'000 );
+    map_.clear();
+    EXPECT_EQ( map_.size(), 0U );
+}
+
 TEST_F( HashMapTest, AgreesWithAReferenceOverRandomOperations ) {
     std::mt19937 random( 20 );
     std::map<std::pair<U32, U32>, U32> reference; // by reversed hash, then number
