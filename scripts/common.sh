@@ -7,10 +7,10 @@ cd "$root"
 
 jobs=$( nproc )
 now() { date +%s; }
-started=$( now )
+export IGMPHOST_STARTED=${IGMPHOST_STARTED:-$( now )} # shared with the scripts that one calls
 
 # step TEXT: says what comes next, with the seconds since the script began.
-step() { printf '==> [%3d s] %s\n' $(( $( now ) - started )) "$*"; }
+step() { printf '==> [%3d s] %s\n' $(( $( now ) - IGMPHOST_STARTED )) "$*"; }
 
 # die TEXT: ends the script with a message.
 die() {
