@@ -126,7 +126,7 @@ namespace {
 Kiv::Ptr<Pkt>
 copyPacket( Kiv::Ptr<Pkt> const& pkt ) {
     Kiv::invariant( pkt != nullptr, "0" );
-    Kiv::Ptr<Pkt> const copy = globalPktManager()->newPkt();
+    Kiv::Ptr<Pkt> copy = globalPktManager()->newPkt();
     if ( copy ) {
         copy->newSharedHeadData( pkt->bytes() );
         pkt->copyTo( copy->front() );

@@ -62,6 +62,18 @@ TEST_F( VTaggingInnerPamSmTest, InactiveOneAndZombiePassNothingUp ) {
     EXPECT_EQ( outer_->readableCount(), 2U );
 }
 
+TEST_F( VTaggingInnerPamSmTest, MoveOfTheReactorToAnotherObjectSignalsAtOnce ) {
+    Kiv::Ptr<VTaggingInnerPamSm::KivInnerPam> const reactor(
+        new VTaggingInnerPamSm::KivInnerPam( inner_, sm_.get() )
+    );
+    reactor->notifierIs( inner_ );
+    EXPECT_EQ( outer_->readableCount(), 1U );
+    reactor->notifierIs( Kiv::Ptr<FakeDevice>( new FakeDevice ) );
+    EXPECT_EQ( outer_->readableCount(), 2U );
+    reactor->notifierIs( nullptr );
+    EXPECT_EQ( outer_->readableCount(), 2U );
+}
+
 TEST_F( VTaggingInnerPamSmTest, AttributeNumbersAreStable ) {
     EXPECT_EQ( VTaggingInnerPamSm::attrKivFwkActivity, 130 );
     EXPECT_EQ( VTaggingInnerPamSm::attrOuterPam, 131 );

@@ -216,15 +216,19 @@ TEST_F( VlanTaggingPamTest, CutPairSignalsNoMore ) {
 TEST_F( VlanTaggingPamTest, ReaderThatUnbindsInsideTheSignalDoesNoHarm ) {
     U32 const before = VlanTaggingPam::live();
     Kiv::Ptr<VlanTaggingPam> pam( new VlanTaggingPam( "eth7", 100, device_ ) );
-    Kiv::Ptr<FakeReader> reader( new FakeReader( pam ) );
+    Kiv::Ptr<FakeReader> const reader( new FakeReader( pam ) );
+    U32 liveInside = 0;
     reader->then = [&] {
         pam->smDel();
         pam = nullptr;
-        reader = nullptr;
+        reader->notifierIs( nullptr );
+        liveInside = VlanTaggingPam::live();
     };
     device_->arrive( taggedFrame( "0064" ) );
+    EXPECT_EQ( liveInside, before + 1 ); // it goes when its signal is over
     EXPECT_EQ( VlanTaggingPam::live(), before );
     device_->arrive( taggedFrame( "0064" ) );
+    EXPECT_EQ( reader->signals, 1U );
 }
 
 TEST_F( VlanTaggingPamTest, DeferredFrameReachesItsReader ) {
