@@ -33,7 +33,9 @@ class Namespace {
   public:
     /// Where `exists` is false, only the name is taken.
     explicit Namespace( std::string const& purpose, bool exists = true )
-        : name_( "igmphost-" + purpose + "-" + std::to_string( getpid() ) ) {
+        : name_(
+              "igmphost-" + purpose + "-" + std::to_string( getpid() ) + "-" + std::to_string( ++made_ )
+          ) {
         if ( exists ) {
             add();
         }
@@ -77,6 +79,8 @@ class Namespace {
     }
 
   private:
+    static inline int made_ = 0;
+
     std::string name_;
     bool exists_ = false;
 };

@@ -83,6 +83,11 @@ Device::countOnPorts( U32 rxErrors, U32 txErrors ) {
     }
 }
 
+U64
+Device::portNumber( EthDevPam const& port ) {
+    return port.portNumber();
+}
+
 Kiv::Ptr<EthDevPam>
 Device::port( U64 number ) const {
     EthDevPam* const port = everyFrame_.find( number );

@@ -33,7 +33,8 @@ class Device : public Kiv::PtrInterface {
     virtual bool send( EthDevPam const& sender, std::span<U8 const> frame ) = 0;
 
   protected:
-    Device( NamespaceName const& ns, Kiv::String8 const& name ) : ns_( ns ), name_( name ) {}
+    Device( NamespaceName const& ns, Kiv::String8 const& name, bool running = true )
+        : ns_( ns ), name_( name ), running_( running ) {}
 
     /// Hands a received frame, as it was on the wire and with its tags, to the ports. Those of protocol 3 get
     /// every frame, each in a packet of its own; those of protocol 0x0800 share one packet, of frames that
@@ -44,6 +45,8 @@ class Device : public Kiv::PtrInterface {
     void runningIs( bool running );
     /// Counts frames lost on the way in, on every port.
     void rxErrorsInc( U32 frames );
+    /// The number by which an open port is found again, once what it sent turns out to be lost.
+    static U64 portNumber( EthDevPam const& port );
     /// The port of that number, if it is open still.
     Kiv::Ptr<EthDevPam> port( U64 number ) const;
 
@@ -57,7 +60,7 @@ class Device : public Kiv::PtrInterface {
 
     NamespaceName ns_;
     Kiv::String8 name_;
-    bool running_ = true;
+    bool running_;
     U64 lastPortNumber_ = 0;
     PortList everyFrame_;
     PortList ipv4Only_;

@@ -1,0 +1,262 @@
+#include "platform/zornet/device/PacketSocketDevice.h"
+
+#include <cerrno>
+#include <cstring>
+
+#include "platform/kiv/Clock.h"
+#include "platform/quillog/Trace.h"
+#include "platform/zornet/EthDevPam.h"
+#include "platform/zornet/device/NamespaceEntry.h"
+
+namespace Zornet {
+
+namespace {
+
+Kiv::TraceHandle deviceTrace( "Device" );
+constexpr int problemLevel = 1;
+constexpr int progressLevel = 3;
+
+/// How long a full queue of the link is left to drain. The kernel does not tell when it has.
+constexpr Kiv::Seconds queueDrainTime = 100e-6;
+
+std::string
+problemOf( LinkState const& state ) {
+    if ( state.error != 0 ) {
+        return std::string( "cannot watch its namespace: " ) + std::strerror( state.error );
+    }
+    return state.index == 0 ? "no such device" : "device is down";
+}
+
+} // namespace
+
+PacketSocketDevice::PacketSocketDevice(
+    NamespaceName const& ns, Kiv::String8 const& name, Kiv::Ptr<LinkMonitor> const& links,
+    Kiv::Ptr<Kiv::ActivityConfig> const& activity
+)
+    : Device( ns, name, false ), links_( links ), activity_( activity ) {}
+
+PacketSocketDevice::~PacketSocketDevice() {
+    leave();
+}
+
+// The link.
+
+void
+PacketSocketDevice::handleFirstPort() {
+    if ( !watching_ ) {
+        watching_ = true;
+        handleLink( links_->watchIs( name(), this ) );
+    }
+}
+
+void
+PacketSocketDevice::handleNoPort() {
+    flush();
+}
+
+void
+PacketSocketDevice::handleLink( LinkState const& state ) {
+    if ( socket_ && !( state.up && state.index == socket_->linkIndex() ) ) {
+        stop();
+    }
+    if ( !state.up ) {
+        problemIs( problemOf( state ) );
+    } else if ( !socket_ ) {
+        start( state );
+    }
+    flush();
+}
+
+void
+PacketSocketDevice::start( LinkState const& state ) {
+    NamespaceEntry const entry( ns() );
+    socket_ = entry.error() == 0 ? PacketSocket::open( state.index ) : nullptr;
+    if ( !socket_ ) {
+        int const error = entry.error() != 0 ? entry.error() : errno;
+        problemIs( std::string( "cannot open a packet socket: " ) + std::strerror( error ) );
+        return;
+    }
+    batch_ = std::make_unique<SendBatch>();
+    activity().ioHandlerIs( socket_->descriptor(), EPOLLIN, this );
+    problemIs( "" );
+    runningIs( true );
+}
+
+void
+PacketSocketDevice::stop() {
+    if ( !socket_ ) {
+        return;
+    }
+    hindranceIs( Hindrance::none );
+    activity().ioHandlerDel( socket_->descriptor() );
+    socket_ = nullptr;
+    std::unique_ptr<SendBatch> const waiting = std::move( batch_ );
+    runningIs( false );
+    lose( *waiting );
+}
+
+void
+PacketSocketDevice::leave() {
+    stop();
+    if ( turnEndAsked_ ) {
+        activity().turnEndDel( this );
+        turnEndAsked_ = false;
+    }
+    if ( watching_ ) {
+        watching_ = false;
+        links_->watchDel( name() );
+    }
+    problem_.clear();
+}
+
+/// Tells once of what keeps the device from running; the empty text says that nothing does any more.
+void
+PacketSocketDevice::problemIs( std::string const& problem ) {
+    if ( problem == problem_ ) {
+        return;
+    }
+    problem_ = problem;
+    int const level = problem.empty() ? progressLevel : problemLevel;
+    KIV_TRACE( deviceTrace, level ) << name() << ( ns().empty() ? "" : " in " ) << ns() << ": "
+                                    << ( problem.empty() ? "running" : problem );
+}
+
+// Reception.
+
+void
+PacketSocketDevice::handleIo( Kiv::U32 events ) {
+    Kiv::Ptr<Device> const self( this );
+    if ( ( events & EPOLLERR ) != 0 && socket_ ) {
+        int const error = socket_->takeError();
+        KIV_TRACE( deviceTrace, progressLevel ) << name() << ": " << std::strerror( error );
+    }
+    if ( ( events & EPOLLOUT ) != 0 && hindrance_ == Hindrance::socketFull ) {
+        hindranceIs( Hindrance::none );
+        flush();
+    }
+    if ( ( events & EPOLLIN ) != 0 && socket_ ) {
+        receive();
+    }
+}
+
+/// The socket, and its ring with it, outlives a reader that closes the device.
+void
+PacketSocketDevice::receive() {
+    Kiv::Ptr<PacketSocket> const socket = socket_;
+    socket->receive( [&]( std::span<U8 const> frame ) {
+        if ( socket == socket_ ) {
+            deliver( frame );
+        }
+    } );
+    if ( U32 const lost = socket->takeLostFrames() ) {
+        rxErrorsInc( lost );
+    }
+}
+
+// Transmission.
+
+bool
+PacketSocketDevice::send( EthDevPam const& sender, std::span<U8 const> frame ) {
+    if ( !socket_ || !batch_->push( portNumber( sender ), frame ) ) {
+        return false;
+    }
+    if ( hindrance_ != Hindrance::none ) {
+        return true;
+    }
+    if ( batch_->size() >= SendBatch::burst ) {
+        flush();
+    } else if ( !turnEndAsked_ ) {
+        turnEndAsked_ = true;
+        activity().turnEndIs( this );
+    }
+    return true;
+}
+
+void
+PacketSocketDevice::handleTurnEnd() {
+    turnEndAsked_ = false;
+    flush();
+}
+
+std::size_t
+PacketSocketDevice::expire( Kiv::Seconds now ) {
+    if ( now < retryTime_ ) {
+        return 0;
+    }
+    hindranceIs( Hindrance::none );
+    flush();
+    return 1;
+}
+
+void
+PacketSocketDevice::flush() {
+    if ( hindrance_ == Hindrance::none ) {
+        sendWaiting();
+    }
+    if ( ports() == 0 && ( !socket_ || batch_->empty() ) ) {
+        leave();
+    }
+}
+
+void
+PacketSocketDevice::sendWaiting() {
+    while ( socket_ && !batch_->empty() && hindrance_ == Hindrance::none ) {
+        std::size_t const sent = socket_->send( batch_->oldest() );
+        if ( sent != 0 ) {
+            batch_->pop( sent );
+        } else {
+            handleRefusal( errno );
+        }
+    }
+}
+
+/// The oldest frame was not taken. It waits where there was no room for it. It also waits while the link is
+/// down: the link may be up again already, and if it is not, the monitor will say so. Otherwise it is at
+/// fault itself, and goes.
+void
+PacketSocketDevice::handleRefusal( int error ) {
+    switch ( error ) {
+    case EINTR: return;
+    case EAGAIN: return hindranceIs( Hindrance::socketFull );
+    case ENETDOWN:
+    case ENOBUFS: return hindranceIs( Hindrance::queueFull );
+    default: break;
+    }
+    Kiv::Ptr<EthDevPam> const sender = port( batch_->oldestSender() );
+    batch_->pop( 1 );
+    if ( sender ) {
+        sender->txErrorsInc( 1 );
+    }
+}
+
+void
+PacketSocketDevice::hindranceIs( Hindrance hindrance ) {
+    if ( hindrance == hindrance_ ) {
+        return;
+    }
+    if ( hindrance_ == Hindrance::socketFull ) {
+        activity().ioHandlerIs( socket_->descriptor(), EPOLLIN, this );
+    } else if ( hindrance_ == Hindrance::queueFull ) {
+        retryTime_ = Kiv::never;
+        activity().deadlineSourceDel( this );
+    }
+    hindrance_ = hindrance;
+    if ( hindrance == Hindrance::socketFull ) {
+        activity().ioHandlerIs( socket_->descriptor(), EPOLLIN | EPOLLOUT, this );
+    } else if ( hindrance == Hindrance::queueFull ) {
+        retryTime_ = Kiv::now() + queueDrainTime;
+        activity().deadlineSourceIs( this );
+    }
+}
+
+/// Each frame counts where it came from.
+void
+PacketSocketDevice::lose( SendBatch& waiting ) {
+    for ( ; !waiting.empty(); waiting.pop( 1 ) ) {
+        if ( Kiv::Ptr<EthDevPam> const sender = port( waiting.oldestSender() ) ) {
+            sender->txDropsInc( 1 );
+        }
+    }
+}
+
+} // namespace Zornet

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <linux/if_packet.h>
+
+#include <span>
+
+#include "platform/kiv/FunctionRef.h"
+#include "platform/zornet/Types.h"
+
+namespace Zornet {
+
+/// The ring of a packet socket into which the kernel receives, mapped into the process. The kernel fills a
+/// block with frames and hands it over when it is full or, with anything in it, a millisecond old; a drain
+/// hands it back. Frames are told as they were on the wire: the tag that the kernel has taken out of a frame
+/// is put back in place. No pointer into the ring outlives the call that tells it.
+class ReceiveRing {
+  public:
+    /// Room for 29,000 of the smallest frames, which is what a port full of hosts may say at once.
+    static constexpr U32 blockBytes = 1U << 16;
+    static constexpr U32 blocks = 64;
+    static constexpr U32 blockAgeMilliseconds = 1;
+
+    ReceiveRing() = default;
+    ~ReceiveRing();
+    ReceiveRing( ReceiveRing const& ) = delete;
+    ReceiveRing& operator=( ReceiveRing const& ) = delete;
+
+    /// Gives the socket its ring. False, with errno set, where the kernel refuses.
+    bool open( int socket );
+    /// Tells the frames of every block that is ready, once around the ring at most.
+    void drain( Kiv::FunctionRef<void( std::span<U8 const> )> frame );
+
+  private:
+    using Block = tpacket_block_desc;
+
+    Block* block( U32 index ) const { return reinterpret_cast<Block*>( memory_ + index * blockBytes ); }
+    static void drainBlock( Block* block, Kiv::FunctionRef<void( std::span<U8 const> )> frame );
+    static std::span<U8 const> wireFrame( tpacket3_hdr* header );
+
+    U8* memory_ = nullptr;
+    U32 next_ = 0;
+};
+
+} // namespace Zornet

@@ -1,0 +1,99 @@
+#include "platform/zornet/device/SendBatch.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace Zornet {
+
+namespace {
+
+using Frame = std::vector<U8>;
+
+Frame
+frameOf( std::size_t bytes, U64 mark ) {
+    Frame frame( bytes, static_cast<U8>( mark ) );
+    frame.back() = static_cast<U8>( mark >> 8 );
+    return frame;
+}
+
+Frame
+frameIn( mmsghdr const& message ) {
+    iovec const& part = *message.msg_hdr.msg_iov;
+    U8 const* const bytes = static_cast<U8 const*>( part.iov_base );
+    return { bytes, bytes + part.iov_len };
+}
+
+using SendBatchTest = ::testing::Test;
+
+} // namespace
+
+TEST_F( SendBatchTest, StartsEmpty ) {
+    SendBatch batch;
+    EXPECT_TRUE( batch.empty() );
+    EXPECT_TRUE( batch.oldest().empty() );
+}
+
+TEST_F( SendBatchTest, CopiesWhatItIsGiven ) {
+    SendBatch batch;
+    Frame frame = frameOf( 46, 1 );
+    EXPECT_TRUE( batch.push( 7, frame ) );
+    std::fill( frame.begin(), frame.end(), U8{ 9 } );
+    ASSERT_EQ( batch.oldest().size(), 1U );
+    EXPECT_EQ( frameIn( batch.oldest()[0] ), frameOf( 46, 1 ) );
+    EXPECT_EQ( batch.oldestSender(), 7U );
+}
+
+TEST_F( SendBatchTest, GivesABurstAtATimeInOrder ) {
+    SendBatch batch;
+    for ( U64 i = 0; i < 100; ++i ) {
+        batch.push( i, frameOf( 40 + i, i ) );
+    }
+    ASSERT_EQ( batch.oldest().size(), SendBatch::burst );
+    EXPECT_EQ( frameIn( batch.oldest()[63] ), frameOf( 103, 63 ) );
+    batch.pop( 64 );
+    EXPECT_EQ( batch.size(), 36U );
+    ASSERT_EQ( batch.oldest().size(), 36U );
+    EXPECT_EQ( frameIn( batch.oldest()[0] ), frameOf( 104, 64 ) );
+    EXPECT_EQ( batch.oldestSender(), 64U );
+}
+
+TEST_F( SendBatchTest, RefusesWhatDoesNotFitAndKeepsTheRest ) {
+    SendBatch batch;
+    Frame const frame( 1514 );
+    U64 taken = 0;
+    while ( batch.push( taken, frame ) ) {
+        ++taken;
+    }
+    EXPECT_EQ( taken, SendBatch::capacity / 1536 ); // with its record, in steps of 16
+    EXPECT_EQ( batch.size(), taken );
+    EXPECT_FALSE( batch.push( taken, frame ) );
+    batch.pop( 2 );
+    EXPECT_TRUE( batch.push( taken, frame ) );
+    EXPECT_EQ( batch.oldestSender(), 2U );
+}
+
+/// Frames of all sizes go round the region many times, at every depth.
+TEST_F( SendBatchTest, KeepsOrderAndBytesRoundAndRound ) {
+    SendBatch batch;
+    auto const bytesOf = []( U64 i ) { return 14 + i * 7919 % 9000; };
+    U64 in = 0;
+    U64 out = 0;
+    for ( std::size_t const depth : { 1, 3000, 10, 500, 64, 2000 } ) {
+        for ( int round = 0; round < 3000; ++round ) {
+            while ( batch.size() < depth && batch.push( in, frameOf( bytesOf( in ), in ) ) ) {
+                ++in;
+            }
+            std::size_t const going = std::min<std::size_t>( batch.size(), 1 + in % SendBatch::burst );
+            auto const messages = batch.oldest();
+            for ( std::size_t i = 0; i < going; ++i, ++out ) {
+                ASSERT_EQ( frameIn( messages[i] ), frameOf( bytesOf( out ), out ) );
+            }
+            batch.pop( going );
+        }
+    }
+    EXPECT_EQ( in - out, batch.size() );
+}
+
+} // namespace Zornet
