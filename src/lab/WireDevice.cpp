@@ -15,9 +15,7 @@ labelOf( Zornet::NamespaceName const& ns, Kiv::String8 const& name ) {
 } // namespace
 
 WireDevice::WireDevice( Zornet::NamespaceName const& ns, Kiv::String8 const& name )
-    : Device( ns, name ), label_( labelOf( ns, name ) ) {
-    runningIs( false );
-}
+    : Device( ns, name, false ), label_( labelOf( ns, name ) ) {}
 
 void
 WireDevice::segmentIs( WireSegment* segment ) {

@@ -3,8 +3,8 @@
 namespace Lab {
 
 WireNode::WireNode( Kiv::Ptr<Zornet::EthDevPam> const& openPam ) : Notifiee( openPam ), pam( openPam ) {
-    isRegisteredNotifieeIs( true );
     pam->deviceOpenIs( true );
+    isRegisteredNotifieeIs( true );
 }
 
 void
