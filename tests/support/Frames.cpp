@@ -30,8 +30,9 @@ append( Bytes& bytes, Bytes const& more ) {
 
 namespace {
 
+/// Puts the checksum of all the bytes into the two at `at`.
 void
-checksumAt( Bytes& bytes, std::size_t at ) {
+checksumAt( std::span<U8> bytes, std::size_t at ) {
     bytes[at] = bytes[at + 1] = 0;
     auto const* const data = reinterpret_cast<char const*>( bytes.data() );
     U16 const sum = Zornet::ipChecksumCalc( data, static_cast<U16>( bytes.size() ), 0 ).value();
@@ -59,6 +60,11 @@ ipHeader( IpAddr const& src, IpAddr const& dst, std::size_t payload, Manner cons
 void
 checksum( Bytes& message ) {
     checksumAt( message, 2 );
+}
+
+void
+fixIpChecksum( Bytes& frame, std::size_t headerBytes ) {
+    checksumAt( std::span( frame ).subspan( 14, headerBytes ), 10 );
 }
 
 Bytes

@@ -36,6 +36,8 @@ void append( Bytes& bytes, EthAddr const& addr );
 void append( Bytes& bytes, Bytes const& more );
 /// Puts the checksum of the message into its third and fourth byte.
 void checksum( Bytes& message );
+/// Puts the checksum of the IP header of an untagged frame right. The header is that many bytes long.
+void fixIpChecksum( Bytes& frame, std::size_t headerBytes );
 
 Bytes igmpMessage( Zornet::IgmpMessageType type, U8 code, IpAddr const& group );
 Bytes v3ReportMessage( std::vector<GroupRecord> const& records );
