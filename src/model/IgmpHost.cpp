@@ -112,7 +112,9 @@ static_assert( Kiv::idsAscendFrom( table, 258 ) );
 
 } // namespace
 
-IgmpHost::~IgmpHost() = default;
+IgmpHost::~IgmpHost() {
+    orphanAll( v3group_ );
+}
 
 std::span<Kiv::Attribute const>
 IgmpHost::attributes() {

@@ -12,7 +12,9 @@ static_assert( Kiv::idsAscendFrom( table, 258 ) );
 
 } // namespace
 
-IgmpHostDir::~IgmpHostDir() = default;
+IgmpHostDir::~IgmpHostDir() {
+    orphanAll( igmpHost_ );
+}
 
 std::span<Kiv::Attribute const>
 IgmpHostDir::attributes() {

@@ -12,7 +12,9 @@ static_assert( Kiv::idsAscendFrom( table, 258 ) );
 
 } // namespace
 
-IgmpHostStatusDir::~IgmpHostStatusDir() = default;
+IgmpHostStatusDir::~IgmpHostStatusDir() {
+    orphanAll( igmpHostStatus_ );
+}
 
 std::span<Kiv::Attribute const>
 IgmpHostStatusDir::attributes() {

@@ -50,6 +50,7 @@ IgmpV3GroupRecord::Notifiee::notifier() const {
 
 Ptr<IgmpV3HostGroupSourceList>
 IgmpV3GroupRecord::newSource() {
+    orphanSource();
     source_ = igmpV3HostGroupSourceListFactory();
     adopt( attrSource, *source_ );
     return source_;
@@ -64,10 +65,18 @@ IgmpV3GroupRecord::sourceIs() {
     return source_;
 }
 
+/// A list that somebody still holds has no record any more.
+void
+IgmpV3GroupRecord::orphanSource() {
+    if ( source_ ) {
+        orphan( *source_ );
+    }
+}
+
 void
 IgmpV3GroupRecord::sourceDel() {
     if ( source_ ) {
-        orphan( *source_ );
+        orphanSource();
         source_ = nullptr;
         changed( attrSource, &NotifieeConst::onSource );
     }

@@ -44,6 +44,7 @@ class IgmpV3GroupRecord : public Kiv::Entity, public Kiv::HashMember {
 
     IgmpV3GroupRecord( Kiv::Name const& name, Zornet::IpAddr const& multicastAddr )
         : Entity( name ), multicastAddr_( multicastAddr ) {}
+    ~IgmpV3GroupRecord() override { orphanSource(); }
 
     static std::span<Kiv::Attribute const> attributes();
 
@@ -83,6 +84,8 @@ class IgmpV3GroupRecord : public Kiv::Entity, public Kiv::HashMember {
     }
 
   private:
+    void orphanSource();
+
     Zornet::IpAddr const multicastAddr_;
     FilterMode filterMode_ = include;
     bool replicate_ = false;

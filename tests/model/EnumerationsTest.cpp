@@ -1,0 +1,106 @@
+#include "model/Enumerations.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "tests/platform/zornet/RangeMessage.h"
+
+namespace Igmp {
+
+namespace {
+
+template <class E>
+std::string
+streamed( E value ) {
+    std::ostringstream out;
+    out << value;
+    return out.str();
+}
+
+struct NamedVersion {
+    U32 number;
+    IgmpVersion version;
+    char const* name;
+};
+constexpr NamedVersion versions[] = {
+    { 0, igmpVersionUnknown, "igmpVersionUnknown" },
+    { 1, igmpVersion1, "igmpVersion1" },
+    { 2, igmpVersion2, "igmpVersion2" },
+    { 3, igmpVersion3, "igmpVersion3" },
+};
+
+struct NamedState {
+    U32 number;
+    TimerState state;
+    char const* name;
+};
+constexpr NamedState states[] = {
+    { 0, timerDisabled, "timerDisabled" },
+    { 1, timerRunning, "timerRunning" },
+    { 2, timerExpired, "timerExpired" },
+};
+
+} // namespace
+
+TEST( Enumerations, AreOfThirtyTwoBits ) {
+    EXPECT_EQ( sizeof( IgmpVersion ), 4U );
+    EXPECT_EQ( sizeof( TimerState ), 4U );
+}
+
+TEST( Enumerations, VersionsHaveTheirNumbersAndNames ) {
+    for ( NamedVersion const& one : versions ) {
+        EXPECT_EQ( static_cast<U32>( one.version ), one.number );
+        EXPECT_EQ( stringValue( one.version ), Kiv::String8( one.name ) );
+        EXPECT_EQ( streamed( one.version ), one.name );
+        EXPECT_EQ( valueToStrep( one.version ), Kiv::String8( "'" + std::string( one.name ) + "'" ) );
+    }
+}
+
+TEST( Enumerations, TimerStatesHaveTheirNumbersAndNames ) {
+    for ( NamedState const& one : states ) {
+        EXPECT_EQ( static_cast<U32>( one.state ), one.number );
+        EXPECT_EQ( stringValue( one.state ), Kiv::String8( one.name ) );
+        EXPECT_EQ( streamed( one.state ), one.name );
+        EXPECT_EQ( valueToStrep( one.state ), Kiv::String8( "'" + std::string( one.name ) + "'" ) );
+    }
+}
+
+TEST( Enumerations, VersionsAreFoundByNumberAndName ) {
+    for ( NamedVersion const& one : versions ) {
+        EXPECT_EQ( IgmpVersionInstance( one.number ), one.version );
+        EXPECT_EQ( IgmpVersionInstance( one.name ), one.version );
+    }
+}
+
+TEST( Enumerations, TimerStatesAreFoundByNumberAndName ) {
+    for ( NamedState const& one : states ) {
+        EXPECT_EQ( TimerStateInstance( one.number ), one.state );
+        EXPECT_EQ( TimerStateInstance( one.name ), one.state );
+    }
+}
+
+TEST( Enumerations, UnknownNumbersAndNamesAreRefusedWithTheTypesNameAlone ) {
+    EXPECT_EQ( Zornet::rangeMessage( [] { IgmpVersionInstance( 4U ); } ), "IgmpVersion" );
+    EXPECT_EQ( Zornet::rangeMessage( [] { IgmpVersionInstance( "igmpVersion4" ); } ), "IgmpVersion" );
+    EXPECT_EQ( Zornet::rangeMessage( [] { TimerStateInstance( 3U ); } ), "TimerState" );
+    EXPECT_EQ( Zornet::rangeMessage( [] { TimerStateInstance( "timerPaused" ); } ), "TimerState" );
+}
+
+TEST( Enumerations, NumberWithoutANamePrintsWithItsType ) {
+    EXPECT_EQ( streamed( IgmpVersion{ 9 } ), "IgmpVersion(9)" );
+    EXPECT_EQ( streamed( TimerState{ 7 } ), "TimerState(7)" );
+}
+
+TEST( Enumerations, VersionsAreReadFromTextByNameOrNumber ) {
+    using Traits = Kiv::ValueTraits<IgmpVersion>;
+    for ( NamedVersion const& one : versions ) {
+        EXPECT_EQ( Traits::parse( one.name ), one.version );
+        EXPECT_EQ( Traits::parse( std::to_string( one.number ) ), one.version );
+        EXPECT_EQ( Traits::format( one.version ), one.name );
+    }
+    EXPECT_THROW( Traits::parse( "4" ), Kiv::RangeException );
+}
+
+} // namespace Igmp
