@@ -150,6 +150,35 @@ TEST_F( DeferredDeliveryTest, UnwatchedIdGoesToTheDefault ) {
     EXPECT_EQ( log_, Log{ "attribute 999" } );
 }
 
+TEST_F( DeferredDeliveryTest, CallbackLeftOutOfADeliveryOfAllLetsNothingThroughLater ) {
+    EXPECT_TRUE( probe_->kivOnAttribute( Probe::every, nullptr ) );
+    settle();
+    log_.clear();
+    gauge_->levelIs( 1 );
+    EXPECT_TRUE( log_.empty() );
+}
+
+TEST_F( DeferredDeliveryTest, CallbackThatThrowsAtOnceLetsNothingThroughLater ) {
+    struct Hasty : Probe {
+        using Probe::Probe;
+        bool throwsNow = false;
+        void onLevel() override {
+            if ( throwsNow ) {
+                throw std::runtime_error( "oops" );
+            }
+            Probe::onLevel();
+        }
+    };
+    Ptr<Hasty> const hasty( new Hasty( gauge_, log_, "" ) );
+    EXPECT_TRUE( hasty->kivOnAttribute( Gauge::attrLevel, nullptr ) );
+    hasty->throwsNow = true;
+    settle();
+    EXPECT_EQ( log_, Log{ "exception 258" } );
+    hasty->throwsNow = false;
+    hasty->onLevel();
+    EXPECT_EQ( log_, Log{ "exception 258" } );
+}
+
 TEST_F( DeferredDeliveryTest, NothingPendingDeliversNothing ) {
     probe_->handleNotification( nullptr );
     EXPECT_TRUE( log_.empty() );

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <latch>
 #include <thread>
 #include <vector>
 
@@ -153,9 +154,11 @@ TEST( AtomicCounts, CountsOfManyThreadsAddUp ) {
     {
         Kiv::Ptr<Thing> const thing( new Thing( destroyed ) );
         std::vector<std::thread> threads;
+        std::latch start( 4 );
         for ( int i = 0; i < 4; ++i ) {
-            threads.emplace_back( [&thing] {
-                for ( int n = 0; n < 100'000; ++n ) {
+            threads.emplace_back( [&] {
+                start.arrive_and_wait();
+                for ( int n = 0; n < 1'000'000; ++n ) {
                     Kiv::Ptr<Thing> const copy = thing;
                 }
             } );

@@ -104,6 +104,17 @@ TEST_F( TimerWheelTest, EqualTimesFireInTheOrderOfArming ) {
     EXPECT_EQ( fired_, ( Fired{ 0, 1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 3 } ) );
 }
 
+TEST_F( TimerWheelTest, EqualTimesKeepTheirOrderAmongOthers ) {
+    std::vector<Ptr<Alarm>> timers;
+    Fired expected;
+    for ( int n = 0; n < 100; ++n ) {
+        timers.push_back( alarm( n, n % 2 == 0 ? -1.0 : -2.0 ) );
+        expected.insert( expected.begin() + ( n % 2 == 0 ? n : n / 2 ), n );
+    }
+    settle();
+    EXPECT_EQ( fired_, expected );
+}
+
 TEST_F( TimerWheelTest, EqualTimesArmedFromNearAndFarKeepTheirOrder ) {
     auto const far = alarm( 1, 300.0 );
     runFor( 299.9999 );
