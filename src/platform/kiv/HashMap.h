@@ -108,7 +108,7 @@ class HashMap : public HashMapGeneric {
         link->next_ = nullptr;
         --size_;
         ++generation_;
-        Ptr<Member> const held( member );
+        Ptr<Member> held( member );
         member->referencesDec();
         return held;
     }
