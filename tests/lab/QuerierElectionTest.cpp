@@ -44,6 +44,7 @@ TEST_F( QuerierElectionTest, YieldsToAVersion2QuerierToo ) {
 }
 
 TEST_F( QuerierElectionTest, DoesNotYieldToAHigherAddressItsOwnOrNone ) {
+    hearV2Query( higher );
     hearV3Query( higher );
     hearV3Query( config.ipAddr );
     hearV3Query( none );

@@ -43,10 +43,11 @@ TEST_F( QuerierQueriesTest, DisabledItIsSilentAndForgets ) {
     start();
     hear( Record::MODE_IS_EXCLUDE, {} );
     querier->enabledIs( false );
+    EXPECT_EQ( querier->groupCount(), 0U );
     hear( Record::MODE_IS_EXCLUDE, {} );
+    EXPECT_EQ( querier->groupCount(), 0U );
     runFor( 500.0 );
     EXPECT_THAT( sent(), IsEmpty() );
-    EXPECT_EQ( querier->groupCount(), 0U );
 }
 
 TEST_F( QuerierQueriesTest, EnabledAgainItStartsAgain ) {
@@ -131,6 +132,33 @@ TEST_F( QuerierQueriesTest, LeaveShortlyBeforeTheGroupEndsStillAsks ) {
     hear( Record::CHANGE_TO_INCLUDE_MODE, {} );
     EXPECT_THAT( sent(), ElementsAre( "0.000 Q(G)" ) );
     EXPECT_TIME( group().groupTimerRemaining(), 1.5 );
+}
+
+TEST_F( QuerierQueriesTest, LeaveShortlyBeforeTheEndAsksThoughAnEarlierOneDid ) {
+    start();
+    hear( Record::MODE_IS_EXCLUDE, {} );
+    hear( Record::CHANGE_TO_INCLUDE_MODE, {} );
+    hear( Record::MODE_IS_EXCLUDE, {} );
+    runFor( membershipInterval - 1.5 );
+    mark();
+    hear( Record::CHANGE_TO_INCLUDE_MODE, {} );
+    EXPECT_THAT( sent(), ElementsAre( "0.000 Q(G)" ) );
+}
+
+TEST_F( QuerierQueriesTest, RepetitionEndsWhenOnlySourcesAreLeft ) {
+    QuerierConfig config;
+    config.lastMemberQueryCountSet = 3;
+    start( config );
+    hear( Record::MODE_IS_EXCLUDE, {} );
+    runFor( membershipInterval - 1.5 );
+    hear( Record::ALLOW_NEW_SOURCES, { 1 } );
+    mark();
+    hear( Record::CHANGE_TO_INCLUDE_MODE, {} );
+    runFor( 2.5 );
+    EXPECT_EQ( state(), "INCLUDE (1)" );
+    EXPECT_THAT(
+        sent(), ElementsAre( "0.000 Q(G,1)", "0.000 Q(G)", "1.000 Q(G,1)", "1.000 Q(G)", "2.000 Q(G,1)" )
+    );
 }
 
 TEST_F( QuerierQueriesTest, RepetitionEndsWithTheGroup ) {

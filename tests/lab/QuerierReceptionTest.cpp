@@ -135,6 +135,12 @@ TEST_F( QuerierReceptionTest, RecordOfAnUnknownTypeIsPassedOver ) {
     EXPECT_EQ( counters().groupRecords[0], 2U );
 }
 
+TEST_F( QuerierReceptionTest, RecordOfAnUnknownTypeReportsNothing ) {
+    hear( Record::MODE_IS_EXCLUDE, {}, host );
+    hear( Record( 7 ), {}, otherHost );
+    EXPECT_EQ( group().lastReporter(), host );
+}
+
 TEST_F( QuerierReceptionTest, MessageOfAnUnknownTypeIsPassedOver ) {
     hear( igmpFrame( host, G, igmpMessage( IgmpMessageType( 0x30 ), 0, G ) ) );
     EXPECT_EQ( counters().unknownTypes, 1U );
@@ -214,7 +220,8 @@ TEST_F( QuerierReceptionTest, ReportsAsTheRfcsHaveThemSentAreFaultless ) {
 
 TEST_F( QuerierReceptionTest, BadMannersAreCountedAndForgiven ) {
     Bytes const message = igmpMessage( IgmpMessageType::v2MembershipReport, 0, G );
-    hear( igmpFrame( host, allSystems, message ) );
+    IpAddr const sameEthernetAddress( "225.1.1.1" );
+    hear( igmpFrame( host, sameEthernetAddress, message ) );
     hear( igmpFrame( host, G, message, { .ethDst = EthAddr( "02:00:00:00:00:fe" ) } ) );
     hear( igmpFrame( host, G, message, { .ttl = 64 } ) );
     hear( igmpFrame( host, G, message, { .routerAlert = false } ) );

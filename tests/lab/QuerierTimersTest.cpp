@@ -75,6 +75,14 @@ TEST_F( QuerierTimersTest, SourceThatEndsWithTheGroupTimerDoesNotSurviveIt ) {
     EXPECT_EQ( state(), "none" );
 }
 
+TEST_F( QuerierTimersTest, SourceThatEndsAsTheModeChangesIsNotExcluded ) {
+    Kiv::Ptr<Timer> const script( new Timer( wheel(), [this] { hear( Record::MODE_IS_EXCLUDE, { 2 } ); } ) );
+    script->remainingIs( membershipInterval ); // armed first, it fires before the source's timer
+    hear( Record::MODE_IS_INCLUDE, { 1 } );
+    runFor( membershipInterval );
+    EXPECT_EQ( state(), "EXCLUDE (, 2)" );
+}
+
 TEST_F( QuerierTimersTest, BlockedSourceThatNobodyWantsEndsAfterTheLastMemberQueryTime ) {
     hear( Record::ALLOW_NEW_SOURCES, { 1, 2 } );
     hear( Record::BLOCK_OLD_SOURCES, { 1 } );

@@ -121,7 +121,7 @@ TEST_F( QueryPacketsTest, LongTimesUseTheExponentialCode ) {
 
 TEST_F( QueryPacketsTest, RobustnessAboveSevenIsSentAsZero ) {
     QuerierConfig config = version( 3 );
-    config.robustness = 8;
+    config.robustness = 9;
     EXPECT_EQ( messageHex( QueryPackets( config ).general() ).substr( 16, 2 ), "00" );
     config.robustness = 7;
     EXPECT_EQ( messageHex( QueryPackets( config ).general() ).substr( 16, 2 ), "07" );

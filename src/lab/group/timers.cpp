@@ -80,7 +80,6 @@ QuerierGroup::handleGroupTimer() {
 void
 QuerierGroup::handleSourceTimer( IpAddr const& source ) {
     if ( filterMode_ == FilterMode::exclude ) {
-        sources_[source].queriesLeft = 0;
         return;
     }
     sources_.erase( source );
