@@ -10,11 +10,13 @@
 
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <sstream>
 #include <stdexcept>
 
 #include "platform/kiv/Clock.h"
 #include "platform/zornet/device/NamespaceEntry.h"
+#include "tests/support/Frames.h"
 
 namespace Support {
 
@@ -27,6 +29,7 @@ openTap( Namespace const& ns, char const* device ) {
     int const on = 1;
     int const room = 64 << 20;
     setsockopt( tap, SOL_PACKET, PACKET_IGNORE_OUTGOING, &on, sizeof on );
+    setsockopt( tap, SOL_PACKET, PACKET_AUXDATA, &on, sizeof on );
     setsockopt( tap, SOL_SOCKET, SO_RCVBUFFORCE, &room, sizeof room );
     sockaddr_ll addr{};
     addr.sll_family = AF_PACKET;
@@ -47,6 +50,25 @@ temporaryFile() {
     }
     close( file );
     return path;
+}
+
+/// The frame as it was on the wire: the kernel has taken its tag out and tells it beside the frame.
+Lab::Bytes
+withTag( std::span<unsigned char const> frame, msghdr& msg ) {
+    Lab::Bytes whole( frame.begin(), frame.end() );
+    for ( cmsghdr* at = CMSG_FIRSTHDR( &msg ); at; at = CMSG_NXTHDR( &msg, at ) ) {
+        tpacket_auxdata aux{};
+        if ( at->cmsg_level != SOL_PACKET || at->cmsg_type != PACKET_AUXDATA ) {
+            continue;
+        }
+        std::memcpy( &aux, CMSG_DATA( at ), sizeof aux );
+        if ( ( aux.tp_status & TP_STATUS_VLAN_VALID ) != 0 ) {
+            Lab::Bytes const tag{ 0x81, 0x00, static_cast<unsigned char>( aux.tp_vlan_tci >> 8 ),
+                                  static_cast<unsigned char>( aux.tp_vlan_tci ) };
+            whole.insert( whole.begin() + 2 * ETH_ALEN, tag.begin(), tag.end() );
+        }
+    }
+    return whole;
 }
 
 bool
@@ -73,14 +95,21 @@ WireTap::~WireTap() {
 void
 WireTap::flush() {
     std::array<unsigned char, 2048> frame;
+    alignas( cmsghdr ) std::array<char, 256> control;
     for ( ;; ) {
-        ssize_t const bytes = recv( socket_, frame.data(), frame.size(), 0 );
+        iovec vec{ frame.data(), frame.size() };
+        msghdr msg{};
+        msg.msg_iov = &vec;
+        msg.msg_iovlen = 1;
+        msg.msg_control = control.data();
+        msg.msg_controllen = control.size();
+        ssize_t const bytes = recvmsg( socket_, &msg, 0 );
         if ( bytes < 0 ) {
             break;
         }
         std::span<unsigned char const> const seen( frame.data(), static_cast<std::size_t>( bytes ) );
         if ( isIpv4( seen ) ) {
-            writer_.frameIs( Kiv::now(), seen );
+            writer_.frameIs( Kiv::now(), withTag( seen, msg ) );
             ++frames_;
         }
     }
