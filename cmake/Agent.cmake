@@ -12,6 +12,7 @@ endif()
 add_library( igmphost_agent_lib STATIC ${agentSources} )
 target_link_libraries( igmphost_agent_lib PUBLIC
    igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 )
+target_compile_definitions( igmphost_agent_lib PRIVATE IGMPHOST_VERSION="${PROJECT_VERSION}" )
 
 if( EXISTS ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )
    add_executable( igmphost_agent src/agent/main.cpp )

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+namespace Agent {
+
+/// A place in a scenario file. Line and column count from 1; line 0 stands for the file as a whole.
+struct Position {
+    std::size_t file = 0; ///< index into the scenario's list of files
+    int line = 0;
+    int column = 0;
+};
+
+/// What a reader has to say about a place.
+struct Diagnostic {
+    Position at;
+    std::string text;
+};
+
+/// A list of complaints about scenario files, told in the order of the files.
+class Diagnostics {
+  public:
+    void add( Position const& at, std::string text ) { entries_.push_back( { at, std::move( text ) } ); }
+    bool empty() const { return entries_.empty(); }
+    std::size_t size() const { return entries_.size(); }
+
+    /// One line each: "FILE:LINE:COLUMN: SEVERITY: TEXT".
+    void print( std::ostream& out, std::vector<std::string> const& files, char const* severity ) const;
+
+  private:
+    std::vector<Diagnostic> entries_;
+};
+
+/// "line 3", or "line 3 of other.yaml" seen from a place in another file.
+std::string
+placeSeenFrom( Position const& place, Position const& from, std::vector<std::string> const& files );
+
+} // namespace Agent

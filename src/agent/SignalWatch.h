@@ -1,0 +1,29 @@
+#pragma once
+
+#include <csignal>
+#include <functional>
+#include <vector>
+
+#include "platform/kiv/Activity.h"
+#include "platform/zornet/device/FileDescriptor.h"
+
+namespace Agent {
+
+/// Takes signals in the turns of the default activity, in place of whatever they would do otherwise, as long
+/// as it lives.
+class SignalWatch : private Kiv::IoHandler {
+  public:
+    SignalWatch( std::vector<int> const& signals, std::function<void( int signal )> handler );
+    ~SignalWatch() override;
+    SignalWatch( SignalWatch const& ) = delete;
+    SignalWatch& operator=( SignalWatch const& ) = delete;
+
+  private:
+    void handleIo( Kiv::U32 events ) override;
+
+    std::function<void( int )> const handler_;
+    sigset_t outerMask_{};
+    Zornet::FileDescriptor descriptor_;
+};
+
+} // namespace Agent

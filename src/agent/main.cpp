@@ -1,0 +1,6 @@
+#include "agent/CommandLine.h"
+
+int
+main( int argc, char** argv ) {
+    return Agent::commandLine( argc, argv );
+}
