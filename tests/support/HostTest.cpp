@@ -67,6 +67,14 @@ RecordingDevice::send( Zornet::EthDevPam const&, std::span<U8 const> frame ) {
     return true;
 }
 
+void
+RecordingDevice::handleFirstPort() {
+    ++openings;
+    if ( onOpening ) {
+        onOpening();
+    }
+}
+
 RecordingDevice&
 RecordingProvider::recording( char const* name, char const* ns ) {
     return static_cast<RecordingDevice&>( *device( Zornet::NamespaceName( ns ), name ) );
@@ -96,17 +104,19 @@ IgmpHost&
 HostTest::addHost( char const* name, char const* ipAddr, char const* deviceName ) {
     Ptr<IgmpHost> const added = dir->igmpHostIs( name );
     added->ipAddrIs( IpAddr( ipAddr ) );
-    std::string const mac = "02:00:00:00:00:0" + std::to_string( dir->igmpHosts() );
-    added->macAddrIs( Zornet::EthAddr( mac ) );
+    added->macAddrIs( Zornet::EthAddr( { 2, 0, 0, 0, 0, static_cast<U8>( dir->igmpHosts() ) } ) );
     added->deviceNameIs( deviceName );
     added->intfConfigVersionIs( 1 );
+    stepDone();
     return *added;
 }
 
 void
 HostTest::enable( Igmp::IgmpVersion version ) {
     host().igmpVersionIs( version );
+    stepDone();
     host().enabledIs( true );
+    stepDone();
 }
 
 IgmpV3GroupRecord&
@@ -119,6 +129,7 @@ HostTest::group(
         record->sourceIs()->sourceIpIs( IpAddr( source ), 1 );
     }
     raise( *record );
+    stepDone();
     return *record;
 }
 
@@ -145,6 +156,7 @@ HostTest::takeSent() {
 void
 HostTest::hear( Bytes const& igmp, char const* dst ) {
     device().hear( Lab::igmpFrame( IpAddr( "10.0.0.254" ), IpAddr( dst ), igmp ) );
+    stepDone();
 }
 
 void

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -38,6 +39,15 @@ class RecordingDevice : public Zornet::Device {
     void hear( Bytes const& frame ) { deliver( frame ); }
 
     std::vector<SentFrame> sent;
+    /// Openings by a first port, and closings of the last one.
+    unsigned openings = 0;
+    unsigned closings = 0;
+    /// Runs inside each such opening.
+    std::function<void()> onOpening;
+
+  protected:
+    void handleFirstPort() override;
+    void handleNoPort() override { ++closings; }
 
   private:
     Seconds start_;
@@ -82,6 +92,9 @@ class HostTest : public SimulatedTest {
     std::vector<SentFrame>& sent() { return device().sent; }
     /// describe() of every frame sent so far on "eth0", and forgets them.
     std::vector<std::string> takeSent();
+
+    /// Runs at the end of every helper that changes something.
+    virtual void stepDone() {}
 
     /// Hears an IGMP message from 10.0.0.254 to `dst`.
     void hear( Bytes const& igmp, char const* dst = "224.0.0.1" );
