@@ -188,7 +188,7 @@ class IgmpHostSm : public Kiv::StateMachine, public Kiv::HashMember {
     void writeEthernetHeader( Zornet::Pkt& pkt );
     U16 writeIpHeader( Zornet::Pkt& pkt );
     Ptr<Zornet::Pkt> newTemplate();
-    void handleFrame( Zornet::Pkt const& pkt );
+    void handleFrame( std::span<U8> frame );
     void handleIgmp( U8* igmp, U32 igmpBytes, U32 payloadLen );
     void raiseRouterPresentTimer( U8 maxResp );
     void handleV3Query( Zornet::IgmpV12Hdr* hdr, U32 size );

@@ -34,7 +34,8 @@ ipFault( Zornet::IpHdr const& ip, U32 ipBytes ) {
 } // namespace
 
 /// Reads at most one packet: each signal stands for one. A blocked or egress-only host leaves it where it is,
-/// a disabled one throws it away.
+/// a disabled one throws it away. One without a status is as good as disabled: its machine waits to die, or
+/// has not been told yet that it is enabled.
 void
 IgmpHostSm::handlePamReadable() {
     if ( !initialized_ ) {
@@ -55,25 +56,25 @@ IgmpHostSm::handlePamReadable() {
     if ( !pkt ) {
         return;
     }
-    if ( !igmpHost()->enabled() ) {
+    if ( !igmpHost()->enabled() || !igmpHostStatus() ) {
         KIV_TRACE( igmpHostTrace, traceDrop ) << "IgmpHost " << name_ << " disabled. dropping packet ";
         return;
     }
-    handleFrame( *pkt );
+    Zornet::withFrame( *pkt, [this]( std::span<U8> frame ) { handleFrame( frame ); } );
 }
 
 /// The tests run from cheap to dear, the checksums last.
 void
-IgmpHostSm::handleFrame( Zornet::Pkt const& pkt ) {
-    if ( pkt.firstIoVec() > 1 || pkt.bytes() < ethBytes ) {
+IgmpHostSm::handleFrame( std::span<U8> frame ) {
+    if ( frame.size() < ethBytes ) {
         return;
     }
-    auto* const eth = reinterpret_cast<Zornet::EthHdr*>( pkt.front() );
+    auto* const eth = reinterpret_cast<Zornet::EthHdr*>( frame.data() );
     if ( !isIpMulticastFrame( *eth ) ) {
         KIV_TRACE( igmpHostTrace, traceDrop ) << "IgmpHost " << name_ << " dropping eth packet ";
         return;
     }
-    U32 const ipBytes = pkt.bytes() - ethBytes;
+    U32 const ipBytes = static_cast<U32>( frame.size() ) - ethBytes;
     if ( ipBytes < leastIpBytes ) {
         return;
     }

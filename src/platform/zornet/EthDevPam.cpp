@@ -2,28 +2,11 @@
 
 #include <span>
 #include <utility>
-#include <vector>
 
 #include "platform/zornet/EthHdr.h"
 #include "platform/zornet/device/DeviceProvider.h"
 
 namespace Zornet {
-
-namespace {
-
-/// Calls `use` with the bytes of the frame from its first to its last, in one piece.
-template <class Use>
-auto
-withFrame( Pkt const& pkt, Use use ) {
-    if ( pkt.firstIoVec() == Pkt::maxIovecs_ - 1 ) {
-        return use( std::span<U8 const>( pkt.front(), pkt.bytes() ) );
-    }
-    std::vector<U8> joined( pkt.bytes() );
-    pkt.copyTo( joined.data() );
-    return use( std::span<U8 const>( joined ) );
-}
-
-} // namespace
 
 EthDevPam::EthDevPam( Kiv::String8 const& deviceName ) : Pam( deviceName ) {}
 

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <span>
 #include <type_traits>
+#include <vector>
 
 #include "platform/kiv/Assert.h"
 #include "platform/kiv/Ptr.h"
@@ -106,5 +108,18 @@ class Pkt : public Kiv::PtrInterface {
     Kiv::Ptr<PktManager> manager_; ///< while the packet is in use
     Pkt* nextFree_ = nullptr;      ///< while it waits in the manager's free list
 };
+
+/// Calls `use` with the bytes of the frame from its first to its last in one piece: in place where they are
+/// one, else in a copy that lasts for the call. A packet with no region in use has none.
+template <class Use>
+auto
+withFrame( Pkt const& pkt, Use use ) {
+    if ( pkt.firstIoVec() == Pkt::maxIovecs_ - 1 ) {
+        return use( std::span<U8>( pkt.front(), pkt.bytes() ) );
+    }
+    std::vector<U8> joined( pkt.bytes() );
+    pkt.copyTo( joined.data() );
+    return use( std::span<U8>( joined ) );
+}
 
 } // namespace Zornet
