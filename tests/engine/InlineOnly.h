@@ -1,0 +1,23 @@
+#pragma once
+
+/// The tests of this folder run under inline and under deferred delivery (tests/support/DeliveryTest.h), but
+/// for these. Under deferred delivery a change is told with the next turn, several changes of one reactor's
+/// notifier are told as one, and a reactor that has missed several attributes hears of every one it watches.
+///
+/// Need inline delivery, by suite:
+///
+/// - SignalPerFrame: several signals within one turn are told as one, and one packet is read for it. A burst
+///   leaves a lag that lasts.
+/// - GoldenTimelines: configuring a host in one go counts as a change of everything, which runs the enable
+///   sequence again and draws other delays.
+/// - VersionsInline: the watcher of the version in force must hear of each value that stands for an instant.
+/// - GroupTimerInline, MembershipInline: they look at the machine from inside a send, between two of its
+///   steps, or remove there what it works on.
+/// - the death tests: one delivery is enough to die under.
+///
+/// End the process under deferred delivery, though not under inline, because the machine has not been told
+/// of the change when the timer fires:
+///
+/// - a host that is disabled from within the expiry of a timer, while a group timer of the same host expires
+///   in the same turn: "igmpHost()->enabled()".
+/// - a group whose record is removed in that way: "igmpHost()->v3group( group )".
