@@ -148,6 +148,35 @@ measureLongAnswer( Bench::Figures& figures, unsigned runs ) {
     figures.add( "the whole answer to a version 3 general query of a host of 10000 groups", "us", samples );
 }
 
+/// A query of one VLAN on a device that many VLANs share: those that do not want it must not cost anything.
+void
+measureVlans( Bench::Figures& figures, unsigned runs ) {
+    std::size_t const frames = 10'000;
+    for ( std::size_t const channels : { 1U, 100U, 4'000U } ) {
+        Rig rig;
+        Hosts::Plan plan{ channels };
+        plan.ownVlans = true;
+        Hosts const hosts( plan );
+        Rig::runFor( 60.0 );
+        auto const query = Bench::tagged( Bench::generalQuery( 100, false ), 1 );
+        Bench::CountingDevice& device = rig.provider.counting( "bench0" );
+        std::vector<double> samples;
+        for ( unsigned i = 0; i < runs; ++i ) {
+            double const seconds = Bench::secondsOf( [&] {
+                for ( std::size_t frame = 0; frame < frames; ++frame ) {
+                    device.hear( query );
+                }
+            } );
+            samples.push_back( seconds * 1e9 / frames );
+            Rig::runFor( 60.0 );
+        }
+        figures.add(
+            "a query frame of one VLAN on a device with " + std::to_string( channels ) + " VLAN channels",
+            "ns", samples
+        );
+    }
+}
+
 void
 measure( Bench::Figures& figures, unsigned runs ) {
     measureMemory( figures );
@@ -157,6 +186,7 @@ measure( Bench::Figures& figures, unsigned runs ) {
     measureChanges( figures, runs, Igmp::igmpVersion2 );
     measureChanges( figures, runs, Igmp::igmpVersion3 );
     measureLongAnswer( figures, runs );
+    measureVlans( figures, runs );
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "bench/support/Hosts.h"
 
+#include <array>
 #include <new>
 
 #include "platform/zornet/EthHdr.h"
@@ -32,6 +33,11 @@ Hosts::Hosts( Plan const& plan )
         host->deviceNameIs( plan.device );
         host->nsIs( Zornet::NamespaceName( plan.ns ) );
         host->igmpVersionIs( plan.version );
+        if ( plan.ownVlans ) {
+            host->taggedIs( true );
+            host->useMuxIs( true );
+            host->vlanIdIs( static_cast<Zornet::U16>( i + 1 ) );
+        }
         if ( plan.answersAtOnce ) {
             host->igmpVersionForcedIs( true );
             host->v1MaxResponseTimeIs( 0 );
@@ -89,6 +95,13 @@ generalQuery( U8 code, bool asV3 ) {
     igmp->messageTypeIs( Zornet::IgmpMessageType::membershipQuery );
     igmp->maxResponseCodeIs( code );
     igmp->checksumIs( igmp->computedChecksum( static_cast<Zornet::U16>( igmpBytes ) ) );
+    return frame;
+}
+
+std::vector<U8>
+tagged( std::vector<U8> frame, Zornet::U16 vlanId ) {
+    std::array<U8, 4> const tag{ 0x81, 0x00, static_cast<U8>( vlanId >> 8 ), static_cast<U8>( vlanId ) };
+    frame.insert( frame.begin() + 12, tag.begin(), tag.end() );
     return frame;
 }
 

@@ -45,6 +45,7 @@ class Hosts {
         std::size_t sources = 0; ///< of each group; include mode where there are any, else exclude
         char const* device = "bench0";
         char const* ns = "";
+        bool ownVlans = false;      ///< host i in VLAN i + 1, all on one shared device
         bool answersAtOnce = false; ///< v1MaxResponseTime 0, and the version held
     };
 
@@ -67,5 +68,7 @@ class Hosts {
 
 /// A version 2 general query (8 bytes) or a version 3 one (12 bytes), in a frame.
 std::vector<U8> generalQuery( U8 code, bool asV3 );
+/// The frame with a tag of that VLAN.
+std::vector<U8> tagged( std::vector<U8> frame, Zornet::U16 vlanId );
 
 } // namespace Bench
