@@ -80,7 +80,7 @@ QueryPackets::sourcesPerQuery() const {
 
 QueryPackets::PktPtr
 QueryPackets::makePacket( U32 sourceRoom, Seconds maxResponse ) const {
-    PktPtr const pkt = validPtr( globalPktManager()->newPkt() );
+    PktPtr pkt = validPtr( globalPktManager()->newPkt() );
     U32 const bytes = igmpOffset() + igmpBytes() + sourceRoom * static_cast<U32>( sizeof( IpAddr ) );
     pkt->newSharedHeadData( bytes );
     std::fill_n( pkt->front(), bytes, U8{ 0 } );
