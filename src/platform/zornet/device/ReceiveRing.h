@@ -15,9 +15,12 @@ namespace Zornet {
 /// is put back in place. No pointer into the ring outlives the call that tells it.
 class ReceiveRing {
   public:
-    /// Room for 29,000 of the smallest frames, which is what a port full of hosts may say at once.
-    static constexpr U32 blockBytes = 1U << 16;
-    static constexpr U32 blocks = 64;
+    /// Room for 28,000 of the smallest frames, which is what a port full of hosts may say at once. A trickle
+    /// takes a block a millisecond, however few its frames: the number of blocks is also the time in
+    /// milliseconds that the reader may be away. A frame must fit into a block, and the largest of any
+    /// Ethernet does.
+    static constexpr U32 blockBytes = 1U << 14;
+    static constexpr U32 blocks = 256;
     static constexpr U32 blockAgeMilliseconds = 1;
 
     ReceiveRing() = default;

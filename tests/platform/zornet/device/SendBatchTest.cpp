@@ -80,7 +80,7 @@ TEST_F( SendBatchTest, KeepsOrderAndBytesRoundAndRound ) {
     auto const bytesOf = []( U64 i ) { return 14 + i * 7919 % 9000; };
     U64 in = 0;
     U64 out = 0;
-    for ( std::size_t const depth : { 1, 3000, 10, 500, 64, 2000 } ) {
+    for ( std::size_t const depth : { 1U, 3000U, 10U, 500U, 64U, 2000U } ) {
         for ( int round = 0; round < 3000; ++round ) {
             while ( batch.size() < depth && batch.push( in, frameOf( bytesOf( in ), in ) ) ) {
                 ++in;
