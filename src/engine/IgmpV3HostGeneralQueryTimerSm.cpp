@@ -118,8 +118,10 @@ IgmpV3HostGeneralQueryTimerSm::addGroupRecords( Ptr<Zornet::Pkt> const& pkt ) {
     }
 }
 
+/// A packet of which not even one record header is true to the MTU leaves nothing to divide by.
 void
 IgmpV3HostGeneralQueryTimerSm::scheduleNextPacket() {
+    Kiv::invariant( queryReportInfo_->numGroups() > 0, "queryReportInfo()->numGroups() > 0" );
     auto const count = static_cast<U32>( igmpHost()->v3groups() );
     U32 const divisor = count / queryReportInfo_->numGroups() + 2;
     Seconds const remaining = queryReportInfo_->responseDelayRemaining();

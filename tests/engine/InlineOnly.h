@@ -13,10 +13,23 @@
 /// - VersionsInline: the watcher of the version in force must hear of each value that stands for an instant.
 /// - GroupTimerInline, MembershipInline: they look at the machine from inside a send, between two of its
 ///   steps, or remove there what it works on.
+/// - LifecycleInline, BoundReactors: they look at the machine from inside a sequence, step by step, or call
+///   the callbacks of reactors that they made.
+/// - HostDirSmInline: a host that is replaced within one delivery keeps the old one's machine.
+/// - HostOnItsOwnActivity: another activity than the default one holds notifications back.
+/// - PeriodicSenderInline: the change of `continueUnsolicitedReport` is told before the interval that follows
+///   it in the enable sequence.
 /// - the death tests: one delivery is enough to die under.
 ///
-/// End the process under deferred delivery, though not under inline, because the machine has not been told
-/// of the change when the timer fires:
+/// Need no delivery, because nothing in them is notified: V3GroupState, V3Record and the like,
+/// V3GroupRecords, GroupReplication (its machines are in HostReplication).
+///
+/// End the process under deferred delivery, though not under inline:
+///
+/// - two hosts that come or go within one delivery while any host has a machine: "igmpHostSms() == 0". The
+///   root is told of both as one, which stands for a first sweep.
+///
+/// and, because the machine has not been told of the change when the timer fires:
 ///
 /// - a host that is disabled from within the expiry of a timer, while a group timer of the same host expires
 ///   in the same turn: "igmpHost()->enabled()".
