@@ -187,7 +187,7 @@ class IgmpHostSm : public Kiv::StateMachine, public Kiv::HashMember {
     void cutTaggingPam();
     void writeEthernetHeader( Zornet::Pkt& pkt );
     U16 writeIpHeader( Zornet::Pkt& pkt );
-    Ptr<Zornet::Pkt> newTemplate();
+    bool renewTemplate( Ptr<Zornet::Pkt>& held );
     void handleFrame( std::span<U8> frame );
     void handleIgmp( U8* igmp, U32 igmpBytes, U32 payloadLen );
     void raiseRouterPresentTimer( U8 maxResp );

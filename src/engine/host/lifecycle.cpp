@@ -65,6 +65,7 @@ IgmpHostSm::~IgmpHostSm() {
     igmpV3HostGeneralQueryTimerSmDel();
     v3GroupQueryTimerSmDelAll();
     v3GroupCallbackSmDelAll();
+    cutTaggingPam();
 }
 
 void

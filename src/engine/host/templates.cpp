@@ -34,28 +34,26 @@ IgmpHostSm::pktInitialize() {
     if ( !igmpHost()->externalPam() ) {
         Zornet::globalPktManager()->pktLimitIs( keptPkts );
     }
-    Ptr<Zornet::Pkt> const v3Pkt = newTemplate();
-    if ( !v3Pkt ) {
-        return;
-    }
-    v3ReportPkt_ = v3Pkt;
-    if ( Ptr<Zornet::Pkt> const v2Pkt = newTemplate() ) {
-        v2ReportPkt_ = v2Pkt;
+    if ( renewTemplate( v3ReportPkt_ ) ) {
+        renewTemplate( v2ReportPkt_ );
     }
 }
 
-Ptr<Zornet::Pkt>
-IgmpHostSm::newTemplate() {
+/// The count moves once the new packet is in its place. Returns whether there was one; the text of the trace
+/// names the version 3 packet for either.
+bool
+IgmpHostSm::renewTemplate( Ptr<Zornet::Pkt>& held ) {
     Ptr<Zornet::Pkt> const pkt = Zornet::globalPktManager()->newPkt();
     if ( !pkt ) {
         KIV_TRACE( igmpHostTrace, 1 ) << "Packet allocation failed in IgmpV3HostReportPkt ";
-        return nullptr;
+        return false;
     }
     pktBufferInitialize( pkt );
+    held = pkt;
     if ( igmpHostStatus() ) {
         igmpHostStatus()->numPacketInitializedInc( 1 );
     }
-    return pkt;
+    return true;
 }
 
 /// Fills a packet with everything that the host's reports have in common and notes where the headers lie. The
