@@ -82,7 +82,7 @@ void
 Bench::run() {
     constexpr int steps = 100;
     Progress progress(
-        std::cerr, isatty( STDERR_FILENO ) == 1, options_.duration, options_.realtime ? "" : "simulated"
+        std::cerr, isatty( STDERR_FILENO ) == 1, options_.duration, options_.realtime ? "" : " simulated"
     );
     Kiv::Seconds const start = Kiv::now();
     for ( int step = 1; step <= steps; ++step ) {

@@ -25,7 +25,7 @@ Progress::passedIs( Kiv::Seconds passed ) {
     int const tenths = static_cast<int>( share * 10.0 + rounding );
     if ( tenths > tenthsTold_ ) {
         tenthsTold_ = tenths;
-        out_ << passed << " of " << span_ << " s " << what_ << std::endl;
+        out_ << passed << " of " << span_ << " s" << what_ << std::endl;
     }
 }
 
@@ -35,7 +35,7 @@ Progress::draw( double share, Kiv::Seconds passed ) {
     int const filled = static_cast<int>( share * width );
     out_ << "\r[" << std::string( static_cast<std::size_t>( filled ), '#' )
          << std::string( static_cast<std::size_t>( width - filled ), '.' ) << "] "
-         << static_cast<int>( share * 100.0 ) << " %  " << passed << " of " << span_ << " s " << what_
+         << static_cast<int>( share * 100.0 ) << " %  " << passed << " of " << span_ << " s" << what_
          << "\x1b[K" << std::flush;
     drawn_ = true;
 }

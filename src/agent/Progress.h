@@ -10,7 +10,7 @@ namespace Agent {
 /// Shows how far a span of time has passed: a bar that moves on a terminal, elsewhere a line for each tenth.
 class Progress {
   public:
-    /// `what` follows the numbers, such as "simulated".
+    /// `what` follows the numbers, such as " simulated".
     Progress( std::ostream& out, bool terminal, Kiv::Seconds span, std::string what );
     /// Leaves the bar and its line.
     ~Progress();

@@ -1,5 +1,6 @@
 #include "agent/Run.h"
 
+#include <iomanip>
 #include <iostream>
 #include <system_error>
 
@@ -95,8 +96,9 @@ Runner::tellBegin() const {
 void
 Runner::tellEnd() const {
     StatusTotals const totals( emulation_.statusDir() );
-    std::cerr << "igmphost: ended after " << Kiv::now() - started_ << " s; sent " << totals.sent()
-              << " messages, heard " << totals.queriesHeard << " queries" << std::endl;
+    std::cerr << "igmphost: ended after " << std::fixed << std::setprecision( 1 ) << Kiv::now() - started_
+              << " s; sent " << totals.sent() << " messages, heard " << totals.queriesHeard << " queries"
+              << std::endl;
 }
 
 } // namespace

@@ -288,6 +288,14 @@ FileReader::checkOverlaps( HostSpec const& spec ) {
     }
 }
 
+/// No single file needs a host, but all together do.
+void
+checkNotEmpty( Scenario const& scenario, Diagnostics& errors ) {
+    if ( errors.empty() && scenario.hosts.empty() ) {
+        errors.add( { 0 }, "expected at least one host, found none" );
+    }
+}
+
 std::string
 readFile( std::string const& path ) {
     std::ifstream file( path, std::ios::binary );
@@ -315,6 +323,7 @@ readScenario( std::span<std::string const> paths, Diagnostics& errors ) {
             errors.add( { scenario.files.size() - 1 }, "cannot be read: " + fault.code().message() );
         }
     }
+    checkNotEmpty( scenario, errors );
     return scenario;
 }
 
@@ -324,6 +333,7 @@ readScenarioText( std::string const& name, std::string const& text, Diagnostics&
     scenario.files.push_back( name );
     FileReader::HostNames hostNames;
     FileReader( scenario, hostNames, errors ).read( text );
+    checkNotEmpty( scenario, errors );
     return scenario;
 }
 

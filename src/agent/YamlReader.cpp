@@ -91,10 +91,16 @@ YamlReader::readMap(
 
 bool
 YamlReader::checkKey( YamlField const& field, KeySet const& keys ) {
+    if ( !field.value.IsScalar() ) {
+        error( field.at, std::string( "expected a key of " ) + keys.what + ", found " + foundAt( field.value ) );
+        return false;
+    }
     bool const isKnown = std::find( keys.known.begin(), keys.known.end(), field.key ) != keys.known.end();
     if ( !isKnown ) {
-        std::string const found = field.value.IsScalar() ? "'" + field.key + "'" : foundAt( field.value );
-        error( field.at, "unknown key " + found + " in " + keys.what + suggestion( field.key, keys.known ) );
+        error(
+            field.at,
+            "unknown key '" + field.key + "' in " + keys.what + suggestion( field.key, keys.known )
+        );
     }
     return isKnown;
 }
