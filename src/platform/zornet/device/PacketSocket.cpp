@@ -15,6 +15,14 @@ namespace {
 /// What may be on its way through a busy link's queue.
 constexpr int sendBufferBytes = 4 << 20;
 
+/// Bound to it, a socket hears nothing.
+constexpr U16 noProtocol = 0;
+
+FileDescriptor
+packetSocket() {
+    return FileDescriptor( socket( AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, noProtocol ) );
+}
+
 template <class T>
 bool
 option( int socket, int level, int name, T const& value ) {
@@ -36,10 +44,10 @@ sendBufferIs( int socket, int bytes ) {
 }
 
 bool
-bindTo( int socket, U32 linkIndex ) {
+bindTo( int socket, U32 linkIndex, U16 protocol ) {
     sockaddr_ll address{};
     address.sll_family = AF_PACKET;
-    address.sll_protocol = htons( ETH_P_ALL );
+    address.sll_protocol = htons( protocol );
     address.sll_ifindex = static_cast<int>( linkIndex );
     return bind( socket, reinterpret_cast<sockaddr const*>( &address ), sizeof address ) == 0;
 }
@@ -56,32 +64,33 @@ hearAllMulticast( int socket, U32 linkIndex ) {
 
 Kiv::Ptr<PacketSocket>
 PacketSocket::open( U32 linkIndex ) {
-    FileDescriptor descriptor( ::socket( AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0 ) );
-    if ( !descriptor ) {
-        return nullptr;
-    }
-    Kiv::Ptr<PacketSocket> const socket( new PacketSocket( std::move( descriptor ), linkIndex ) );
-    return socket->configure() ? socket : nullptr;
+    Kiv::Ptr<PacketSocket> const socket( new PacketSocket( linkIndex ) );
+    return socket->openReceiver() && socket->openSender() ? socket : nullptr;
 }
 
-PacketSocket::PacketSocket( FileDescriptor descriptor, U32 linkIndex )
-    : descriptor_( std::move( descriptor ) ), linkIndex_( linkIndex ) {}
+PacketSocket::PacketSocket( U32 linkIndex ) : linkIndex_( linkIndex ) {}
 
 /// Binds last: a socket of no protocol hears nothing, so that no frame gets in which the filter has not seen.
 bool
-PacketSocket::configure() {
-    int const socket = descriptor();
-    return filterIs( socket, igmpFilter() ) &&
+PacketSocket::openReceiver() {
+    receiver_ = packetSocket();
+    int const socket = receiver();
+    return receiver_ && filterIs( socket, igmpFilter() ) &&
            option( socket, SOL_PACKET, PACKET_IGNORE_OUTGOING, int{ 1 } ) && ring_.open( socket ) &&
-           sendBufferIs( socket, sendBufferBytes ) && bindTo( socket, linkIndex_ ) &&
-           hearAllMulticast( socket, linkIndex_ );
+           bindTo( socket, linkIndex_, ETH_P_ALL ) && hearAllMulticast( socket, linkIndex_ );
+}
+
+bool
+PacketSocket::openSender() {
+    sender_ = packetSocket();
+    return sender_ && sendBufferIs( sender(), sendBufferBytes ) && bindTo( sender(), linkIndex_, noProtocol );
 }
 
 U32
 PacketSocket::takeLostFrames() {
     tpacket_stats_v3 statistics{};
     socklen_t bytes = sizeof statistics;
-    getsockopt( descriptor(), SOL_PACKET, PACKET_STATISTICS, &statistics, &bytes );
+    getsockopt( receiver(), SOL_PACKET, PACKET_STATISTICS, &statistics, &bytes );
     return statistics.tp_drops;
 }
 
@@ -89,14 +98,14 @@ int
 PacketSocket::takeError() {
     int error = 0;
     socklen_t bytes = sizeof error;
-    getsockopt( descriptor(), SOL_SOCKET, SO_ERROR, &error, &bytes );
+    getsockopt( receiver(), SOL_SOCKET, SO_ERROR, &error, &bytes );
     return error;
 }
 
 std::size_t
 PacketSocket::send( std::span<mmsghdr> messages ) {
     int const sent =
-        sendmmsg( descriptor(), messages.data(), static_cast<unsigned>( messages.size() ), MSG_DONTWAIT );
+        sendmmsg( sender(), messages.data(), static_cast<unsigned>( messages.size() ), MSG_DONTWAIT );
     return sent < 0 ? 0 : static_cast<std::size_t>( sent );
 }
 

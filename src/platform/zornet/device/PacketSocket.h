@@ -12,32 +12,39 @@
 
 namespace Zornet {
 
-/// A packet socket on one link: hears the link's IGMP frames of all VLANs, to whatever multicast address, and
-/// none that this machine sends on it. Never blocks.
+/// The packet sockets on one link: one hears the link's IGMP frames of all VLANs, to whatever multicast
+/// address, and none that this machine sends on it; the other sends. They are two because the kernel visits
+/// whoever waits for a socket at every frame that leaves through it, which costs an eighth of the sending: so
+/// what is waited for is not what is sent through. Neither ever blocks.
 class PacketSocket : public Kiv::PtrInterface {
   public:
-    /// A socket on the link of that index in the thread's network namespace. Null, with errno set, where it
-    /// cannot be had.
+    /// The sockets on the link of that index in the thread's network namespace. Null, with errno set, where
+    /// they cannot be had.
     static Kiv::Ptr<PacketSocket> open( U32 linkIndex );
 
-    int descriptor() const { return descriptor_.get(); }
+    /// Readable when frames have come.
+    int receiver() const { return receiver_.get(); }
+    /// Writable when there is room.
+    int sender() const { return sender_.get(); }
     U32 linkIndex() const { return linkIndex_; }
 
     /// Tells what has been received; see ReceiveRing.
     void receive( Kiv::FunctionRef<void( std::span<U8 const> )> frame ) { ring_.drain( frame ); }
     /// Frames lost for want of room since the last call.
     U32 takeLostFrames();
-    /// The socket's pending error, which goes with the asking; 0 for none.
+    /// The receiving socket's pending error, which goes with the asking; 0 for none.
     int takeError();
     /// Sends the messages in order. Returns how many went; 0, with errno set, where not even the first did.
     std::size_t send( std::span<mmsghdr> messages );
 
   private:
-    PacketSocket( FileDescriptor descriptor, U32 linkIndex );
+    explicit PacketSocket( U32 linkIndex );
 
-    bool configure();
+    bool openReceiver();
+    bool openSender();
 
-    FileDescriptor descriptor_;
+    FileDescriptor receiver_;
+    FileDescriptor sender_;
     U32 linkIndex_;
     ReceiveRing ring_;
 };

@@ -77,7 +77,7 @@ PacketSocketDevice::start( LinkState const& state ) {
         return;
     }
     batch_ = std::make_unique<SendBatch>();
-    activity().ioHandlerIs( socket_->descriptor(), EPOLLIN, this );
+    activity().ioHandlerIs( socket_->receiver(), EPOLLIN, this );
     problemIs( "" );
     runningIs( true );
 }
@@ -88,7 +88,7 @@ PacketSocketDevice::stop() {
         return;
     }
     hindranceIs( Hindrance::none );
-    activity().ioHandlerDel( socket_->descriptor() );
+    activity().ioHandlerDel( socket_->receiver() );
     socket_ = nullptr;
     std::unique_ptr<SendBatch> const waiting = std::move( batch_ );
     runningIs( false );
@@ -235,14 +235,14 @@ PacketSocketDevice::hindranceIs( Hindrance hindrance ) {
         return;
     }
     if ( hindrance_ == Hindrance::socketFull ) {
-        activity().ioHandlerIs( socket_->descriptor(), EPOLLIN, this );
+        activity().ioHandlerDel( socket_->sender() );
     } else if ( hindrance_ == Hindrance::queueFull ) {
         retryTime_ = Kiv::never;
         activity().deadlineSourceDel( this );
     }
     hindrance_ = hindrance;
     if ( hindrance == Hindrance::socketFull ) {
-        activity().ioHandlerIs( socket_->descriptor(), EPOLLIN | EPOLLOUT, this );
+        activity().ioHandlerIs( socket_->sender(), EPOLLOUT, this );
     } else if ( hindrance == Hindrance::queueFull ) {
         retryTime_ = Kiv::now() + queueDrainTime;
         activity().deadlineSourceIs( this );

@@ -59,9 +59,9 @@ class PacketSocketDevice : public Device,
     Kiv::Ptr<LinkMonitor> const links_;
     Kiv::Ptr<Kiv::ActivityConfig> const activity_;
     bool watching_ = false;
-    std::string problem_; ///< why there is no socket, as last told
+    std::string problem_; ///< why there are no sockets, as last told
     Kiv::Ptr<PacketSocket> socket_;
-    std::unique_ptr<SendBatch> batch_; ///< while there is a socket
+    std::unique_ptr<SendBatch> batch_; ///< while there are sockets
     Hindrance hindrance_ = Hindrance::none;
     Kiv::Seconds retryTime_ = Kiv::never;
     bool turnEndAsked_ = false;
