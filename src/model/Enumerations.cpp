@@ -34,11 +34,6 @@ instance( Kiv::EnumName<E> const ( &names )[count], char const* typeName, Matche
     Kiv::throwRangeException( typeName );
 }
 
-Kiv::String8
-quoted( Kiv::String8 const& text ) {
-    return Kiv::String8( "'" ) + text + "'";
-}
-
 } // namespace
 
 Kiv::String8
@@ -53,12 +48,12 @@ stringValue( TimerState state ) {
 
 Kiv::String8
 valueToStrep( IgmpVersion const& version ) {
-    return quoted( stringValue( version ) );
+    return Kiv::valueToStrep( stringValue( version ) );
 }
 
 Kiv::String8
 valueToStrep( TimerState const& state ) {
-    return quoted( stringValue( state ) );
+    return Kiv::valueToStrep( stringValue( state ) );
 }
 
 std::ostream&
@@ -89,6 +84,20 @@ TimerStateInstance( unsigned int number ) {
 TimerState
 TimerStateInstance( Kiv::String8 const& text ) {
     return instance( states, stateType, [&]( auto const& one ) { return text.view() == one.text; } );
+}
+
+void
+sequenceToValue(
+    Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, IgmpVersion* version
+) {
+    *version = IgmpVersionInstance( Kiv::deserializeAttr<Kiv::String8>( at, end ) );
+}
+
+void
+sequenceToValue(
+    Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, TimerState* state
+) {
+    *state = TimerStateInstance( Kiv::deserializeAttr<Kiv::String8>( at, end ) );
 }
 
 } // namespace Igmp

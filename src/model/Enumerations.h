@@ -27,6 +27,12 @@ IgmpVersion IgmpVersionInstance( unsigned int number );
 IgmpVersion IgmpVersionInstance( Kiv::String8 const& name );
 TimerState TimerStateInstance( unsigned int number );
 TimerState TimerStateInstance( Kiv::String8 const& name );
+/// Read the name between quotes. Raise like the forms by name.
+void sequenceToValue(
+    Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, IgmpVersion* version
+);
+void
+sequenceToValue( Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, TimerState* state );
 
 } // namespace Igmp
 

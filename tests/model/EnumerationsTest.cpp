@@ -93,6 +93,40 @@ TEST( Enumerations, NumberWithoutANamePrintsWithItsType ) {
     EXPECT_EQ( streamed( TimerState{ 7 } ), "TimerState(7)" );
 }
 
+TEST( Enumerations, StringValueOfANumberOutsideTheTableHasTheNumber ) {
+    EXPECT_EQ( stringValue( IgmpVersion{ 7 } ), Kiv::String8( "IgmpVersion(7)" ) );
+    EXPECT_EQ( stringValue( TimerState{ 9 } ), Kiv::String8( "TimerState(9)" ) );
+}
+
+TEST( Enumerations, TextFormKeepsTheSingleQuotes ) {
+    EXPECT_EQ( valueToStrep( igmpVersion3 ), Kiv::String8( "'igmpVersion3'" ) );
+}
+
+TEST( Enumerations, TextFormParsesBack ) {
+    for ( NamedVersion const& one : versions ) {
+        IgmpVersion version{ 99 };
+        Kiv::strepToValue( valueToStrep( one.version ), &version );
+        EXPECT_EQ( version, one.version );
+    }
+    for ( NamedState const& one : states ) {
+        TimerState state{ 99 };
+        Kiv::strepToValue( valueToStrep( one.state ), &state );
+        EXPECT_EQ( state, one.state );
+    }
+}
+
+TEST( Enumerations, BadTextFormIsRefusedWithTheTypesNameAlone ) {
+    IgmpVersion version = igmpVersion1;
+    TimerState state = timerRunning;
+    EXPECT_EQ( Zornet::rangeMessage( [&] { Kiv::strepToValue( "'v3'", &version ); } ), "IgmpVersion" );
+    EXPECT_EQ( Zornet::rangeMessage( [&] { Kiv::strepToValue( "'on'", &state ); } ), "TimerState" );
+    EXPECT_EQ( version, igmpVersion1 );
+    EXPECT_EQ(
+        Zornet::rangeMessage( [&] { Kiv::strepToValue( "'timerRunning' x", &state ); } ),
+        "junk at column 14 deserializing 'timerRunning' x"
+    );
+}
+
 TEST( Enumerations, VersionsAreReadFromTextByNameOrNumber ) {
     using Traits = Kiv::ValueTraits<IgmpVersion>;
     for ( NamedVersion const& one : versions ) {

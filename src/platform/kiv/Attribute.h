@@ -5,6 +5,7 @@
 
 #include "platform/kiv/NotifieeConst.h"
 #include "platform/kiv/Value.h"
+#include "platform/kiv/ValueHolder.h"
 
 namespace Kiv {
 
@@ -57,7 +58,7 @@ readOnlyAttribute( AttributeId id, char const* name, AttributeKind kind, char co
              &valueType<T>,
              defaultText,
              []( PtrInterface const& object ) {
-                 return std::any( T( ( static_cast<Class const&>( object ).*reader )() ) );
+                 return std::any( T( ( objectAs<Class>( object ).*reader )() ) );
              },
              nullptr,
              nullptr };

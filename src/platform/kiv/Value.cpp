@@ -4,6 +4,13 @@
 
 namespace Kiv {
 
+String8
+ValueType::strep( std::any const& value ) const {
+    bool const isQuoted = form == ValueForm::enumeration || form == ValueForm::text;
+    String8 const text = format( value );
+    return isQuoted ? valueToStrep( text ) : text;
+}
+
 void
 throwExpected( std::string_view what, std::string_view text ) {
     throwRangeException(

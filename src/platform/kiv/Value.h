@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/kiv/Exception.h"
+#include "platform/kiv/TextForm.h"
 #include "platform/kiv/Types.h"
 
 namespace Kiv {
@@ -26,7 +26,27 @@ struct ValueType {
     ValueForm form;
     std::string ( *format )( std::any const& value );
     std::any ( *parse )( std::string_view text );
+    /// The value at a place within a longer text, in the form that strep() gives.
+    std::any ( *read )( String8::IteratorConst& at, String8::IteratorConst const& end );
+
+    /// The text form: canonical text, between quotes unless the value is a number or a truth value.
+    String8 strep( std::any const& value ) const;
 };
+
+/// Numbers are cut to their width, on purpose: the text form knows no ranges.
+template <class T>
+std::any
+readValue( String8::IteratorConst& at, String8::IteratorConst const& end ) {
+    if constexpr ( std::is_same_v<T, bool> || std::is_same_v<T, double> ) {
+        return deserializeAttr<T>( at, end );
+    } else if constexpr ( std::is_unsigned_v<T> ) {
+        return static_cast<T>( deserializeAttr<long long>( at, end ) );
+    } else if constexpr ( ValueTraits<T>::form == ValueForm::unsignedInteger ) {
+        return ValueTraits<T>::parse( std::to_string( deserializeAttr<long long>( at, end ) ) );
+    } else {
+        return ValueTraits<T>::parse( deserializeAttr<String8>( at, end ).view() );
+    }
+}
 
 template <class T>
 inline constexpr ValueType valueType{
@@ -34,6 +54,7 @@ inline constexpr ValueType valueType{
     ValueTraits<T>::form,
     []( std::any const& value ) { return ValueTraits<T>::format( std::any_cast<T const&>( value ) ); },
     []( std::string_view text ) { return std::any( ValueTraits<T>::parse( text ) ); },
+    &readValue<T>,
 };
 
 /// Parses a whole unsigned number of at most `max`. Raises RangeException naming the type and the range.

@@ -30,6 +30,10 @@ class IntfId {
 
 std::ostream& operator<<( std::ostream& out, IntfId const& intf );
 
+/// The name between quotes, and its reader.
+Kiv::String8 valueToStrep( IntfId const& intf );
+void sequenceToValue( Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, IntfId* intf );
+
 } // namespace Zornet
 
 template <>
