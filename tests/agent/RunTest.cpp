@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "lab/Querier.h"
+#include "platform/zornet/EthDevPam.h"
+#include "tests/agent/AgentProcess.h"
+#include "tests/agent/TemporaryFolder.h"
+#include "tests/support/Namespace.h"
+
+namespace Agent {
+
+namespace {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using Json = nlohmann::json;
+
+/// The real command on a cable between two namespaces.
+class Run : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if ( std::string const reason = Support::Namespace::unavailable(); !reason.empty() ) {
+            GTEST_SKIP() << "needs network namespaces: " << reason;
+        }
+        near_ = std::make_unique<Support::Namespace>( "run-near" );
+        far_ = std::make_unique<Support::Namespace>( "run-far" );
+    }
+
+    void cableIs() { vethIs( *near_, "near0", *far_, "far0" ); }
+    /// A file with three hosts on the near end.
+    std::string scenario( std::string const& more = "" ) {
+        return folder_.fileWith(
+            "s.yaml", "hosts:\n"
+                      "  - name: rx\n"
+                      "    count: 3\n"
+                      "    ipAddr: 10.0.0.11\n"
+                      "    macAddr: 02:00:00:00:00:11\n"
+                      "    deviceName: near0\n"
+                      "    ns: " +
+                          near_->name() + "\n" + more +
+                          "    groups:\n"
+                          "      - { multicastAddr: 239.1.1.1, filterMode: exclude }\n"
+                          "      - { multicastAddr: 239.1.2.1, filterMode: exclude, count: 10 }\n"
+        );
+    }
+    static bool hasBegun( AgentProcess& agent ) {
+        return agent.waitFor( AgentProcess::errors, "until Ctrl-C\n" );
+    }
+    Json statusFile() const { return Json::parse( folder_.contents( "status" ) ); }
+
+    TemporaryFolder folder_;
+    std::unique_ptr<Support::Namespace> near_;
+    std::unique_ptr<Support::Namespace> far_;
+};
+
+void
+expectThreeHosts( Json const& status ) {
+    EXPECT_EQ( status["hosts"].size(), 3U );
+    for ( char const* const host : { "rx-1", "rx-2", "rx-3" } ) {
+        EXPECT_GE( status["hosts"][host]["v2ReportsSent"], 11 ) << host;
+    }
+}
+
+TEST_F( Run, StatusIsWrittenOnSigusr1AndAtTheEnd ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", "-" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGUSR1 );
+    ASSERT_TRUE( agent.waitFor( AgentProcess::output, "\n}}\n" ) );
+    std::string const first = agent.written( AgentProcess::output );
+    expectThreeHosts( Json::parse( first ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    expectThreeHosts( Json::parse( agent.written( AgentProcess::output ).substr( first.size() ) ) );
+}
+
+TEST_F( Run, SigintEndsItWithItsStatusWritten ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "status" ) } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    expectThreeHosts( statusFile() );
+    EXPECT_EQ( agent.written( AgentProcess::output ), "" );
+}
+
+TEST_F( Run, DurationEndsIt ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "status" ), "--duration", "0.02" } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: 3 hosts for 0.02 s\n" ) );
+    expectThreeHosts( statusFile() );
+}
+
+TEST_F( Run, QuerierAtTheFarEndLearnsTheGroups ) {
+    cableIs();
+    Kiv::Ptr<Lumo::TimerWheel> const wheel( new Lumo::TimerWheel );
+    Kiv::Ptr<Zornet::EthDevPam> const pam = Zornet::EthDevPamIs( "far0" );
+    pam->nsIs( far_->ns() );
+    pam->deviceOpenIs( true );
+    Lab::Querier querier( {}, pam, wheel );
+    querier.enabledIs( true );
+    AgentProcess agent( { "run", scenario() } );
+    constexpr Kiv::Seconds onlyInFailure = 20.0;
+    auto const learned = [&] { return querier.groupCount() == 11; };
+    EXPECT_TRUE( Kiv::defaultActivity()->activitySm().runUntil( learned, onlyInFailure ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_EQ( querier.counters().malformed(), 0U );
+}
+
+TEST_F( Run, HostsOfVersion3AreTaken ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario( "    igmpVersion: 3\n" ), "--status", "-", "--duration", "0.02" }
+    );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    Json const status = Json::parse( agent.written( AgentProcess::output ) );
+    EXPECT_GE( status["hosts"]["rx-1"]["v3StateChangeReportSent"], 1 );
+}
+
+TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {
+    AgentProcess agent( { "run", scenario() } );
+    std::string const device = "device near0 in " + near_->name();
+    ASSERT_TRUE( agent.waitFor(
+        AgentProcess::errors, "igmphost: error: " + device + ": no such device; waiting for it\n"
+    ) );
+    cableIs();
+    EXPECT_TRUE( agent.waitFor( AgentProcess::errors, "igmphost: " + device + ": running\n" ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
+TEST_F( Run, WarningsAreToldAndTheRunGoesOn ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario( "    robustness: 0\n" ), "--duration", "0.01" } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        HasSubstr( "s.yaml:8:17: warning: robustness: 0 ends the process when sources change in version 3\n" )
+    );
+}
+
+TEST_F( Run, StatusThatCannotBeWrittenIsToldBeforeAnythingBegins ) {
+    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "none/status" ) } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_EQ(
+        agent.written( AgentProcess::errors ),
+        "igmphost: error: cannot write " + folder_.file( "none/status" ) + ": No such file or directory\n"
+    );
+}
+
+TEST_F( Run, StatusThatCannotBeWrittenInTheEndIsAFailure ) {
+    AgentProcess agent( { "run", scenario(), "--status", "/dev/full", "--duration", "0.01" } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        HasSubstr(
+            "igmphost: error: the status is not written: cannot write /dev/full: No space left on device\n"
+        )
+    );
+}
+
+/// Runs the command as a user who has root's rights but for those named.
+std::vector<std::string>
+without( std::string const& capabilities ) {
+    return { "setpriv", "--bounding-set=" + capabilities, "--inh-caps=" + capabilities };
+}
+
+TEST_F( Run, MissingPrivilegeForPacketSocketsIsNamed ) {
+    AgentProcess agent( { "run", scenario() }, without( "-net_raw" ) );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_EQ(
+        agent.written( AgentProcess::errors ),
+        "igmphost: error: packet sockets need the capability CAP_NET_RAW; run as root, or once: setcap "
+        "cap_net_raw+ep $(command -v igmphost)\n"
+    );
+}
+
+TEST_F( Run, MissingPrivilegeForNamespacesIsNamed ) {
+    AgentProcess agent( { "run", scenario() }, without( "-net_raw,-sys_admin" ) );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        EndsWith(
+            "CAP_NET_RAW, and entering a network namespace needs the capability CAP_SYS_ADMIN; run as root, "
+            "or once: setcap cap_net_raw,cap_sys_admin+ep $(command -v igmphost)\n"
+        )
+    );
+}
+
+} // namespace
+
+} // namespace Agent
