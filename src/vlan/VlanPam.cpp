@@ -57,18 +57,12 @@ VlanPam::inputPktIs( Kiv::Ptr<Pkt> const& pkt ) {
 
 void
 VlanPam::vlanIdIs( U16 vlanId ) {
-    if ( vlanId != vlanId_ ) {
-        vlanId_ = vlanId;
-        changed<Reactor, Kiv::AttributeId>( attrVlanId, &Reactor::onAttribute, attrVlanId );
-    }
+    attributeIs( attrVlanId, vlanId_, vlanId );
 }
 
 void
 VlanPam::initializedIs( bool value ) {
-    if ( value != initialized_ ) {
-        initialized_ = value;
-        changed<Reactor, Kiv::AttributeId>( attrInitialized, &Reactor::onAttribute, attrInitialized );
-    }
+    attributeIs( attrInitialized, initialized_, value );
 }
 
 void

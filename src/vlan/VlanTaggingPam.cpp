@@ -64,15 +64,7 @@ VlanTaggingPam::smDel() {
 
 void
 VlanTaggingPam::initializedIs( bool value ) {
-    if ( value != initialized_ ) {
-        initialized_ = value;
-        tellOf( attrInitialized );
-    }
-}
-
-void
-VlanTaggingPam::tellOf( Kiv::AttributeId id ) {
-    changed<Reactor, Kiv::AttributeId>( id, &Reactor::onAttribute, id );
+    attributeIs( attrInitialized, initialized_, value );
 }
 
 void

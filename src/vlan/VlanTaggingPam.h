@@ -52,8 +52,6 @@ class VlanTaggingPam : public Pam, public LiveCount<VlanTaggingPam> {
     void handleInitialized();
 
   private:
-    void tellOf( Kiv::AttributeId id );
-
     U16 const vlanId_;
     Kiv::Ptr<Pam> const innerPam_;
     Kiv::Ptr<VTaggingInnerPamSm> sm_;

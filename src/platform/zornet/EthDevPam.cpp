@@ -91,18 +91,4 @@ EthDevPam::txPktIs( Kiv::Ptr<Pkt> const& pkt ) {
     }
 }
 
-template <class T>
-void
-EthDevPam::attributeIs( Kiv::AttributeId id, T& stored, T const& value ) {
-    if ( stored != value ) {
-        stored = value;
-        tellOf( id );
-    }
-}
-
-void
-EthDevPam::tellOf( Kiv::AttributeId id ) {
-    changed<Reactor, Kiv::AttributeId>( id, &Reactor::onAttribute, id );
-}
-
 } // namespace Zornet

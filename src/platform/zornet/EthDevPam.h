@@ -59,10 +59,6 @@ class EthDevPam : public Pam {
     /// Queues and signals a packet. A null one stands for a frame for which there was no packet.
     void receive( Kiv::Ptr<Pkt> const& pkt );
 
-    template <class T>
-    void attributeIs( Kiv::AttributeId id, T& stored, T const& value );
-    /// Its own attributes have no callbacks of their own: reactors on any Pam stand in its list.
-    void tellOf( Kiv::AttributeId id );
     void close();
 
     U16 ethProtocol_ = everyProtocol;

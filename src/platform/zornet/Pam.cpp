@@ -92,4 +92,9 @@ Pam::savedPacketRxNotify( U16 index ) {
     notify<NotifieeConst, U16>( attrSavedPacketRx, &NotifieeConst::onSavedPacketRx, index );
 }
 
+void
+Pam::tellOf( Kiv::AttributeId id ) {
+    changed<Reactor, Kiv::AttributeId>( id, &Reactor::onAttribute, id );
+}
+
 } // namespace Zornet

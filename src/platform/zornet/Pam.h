@@ -84,6 +84,19 @@ class Pam : public Kiv::Entity {
     virtual void savedPacketRxDel( SavedPacketsRx::const_iterator at ) { savedPacketRxDel( at->first ); }
     virtual void savedPacketRxNotify( U16 index );
 
+  protected:
+    /// Body of the mutator of an attribute that only a derived class has.
+    template <class T>
+    void attributeIs( Kiv::AttributeId id, T& stored, T const& value ) {
+        if ( stored != value ) {
+            stored = value;
+            tellOf( id );
+        }
+    }
+    /// Counts a change of such an attribute and tells of it. Reactors on any access object stand in the same
+    /// list, so it comes to all of them through onAttribute().
+    void tellOf( Kiv::AttributeId id );
+
   private:
     U32 readableCount_ = 0;
     U32 writableCount_ = 0;
