@@ -122,16 +122,11 @@ VlanPktMultiplexer::handleTxPkt( Bridging::VlanId, Kiv::Ptr<Pkt> const& ) {
 
 namespace {
 
-/// A packet of its own with the same frame; null where there is no packet to be had.
+/// A packet of its own with the same frame and room for a tag; null where there is no packet to be had.
 Kiv::Ptr<Pkt>
 copyPacket( Kiv::Ptr<Pkt> const& pkt ) {
     Kiv::invariant( pkt != nullptr, "0" );
-    Kiv::Ptr<Pkt> copy = globalPktManager()->newPkt();
-    if ( copy ) {
-        copy->newSharedHeadData( pkt->bytes() );
-        pkt->copyTo( copy->front() );
-    }
-    return copy;
+    return withFrame( *pkt, []( std::span<U8> frame ) { return pktWithBytes( frame ); } );
 }
 
 } // namespace
