@@ -11,11 +11,11 @@
 
 namespace Zornet {
 
-/// A device of the machine, reached through one packet socket that all its ports share. It has the socket
-/// while it is in use and its link is up; the link's changes open and close it. Frames to send are batched
-/// and leave in order, at the end of the loop's turn or when a full burst waits. What the kernel does not
-/// take waits for room; without room to wait it is not taken. A device whose last port has closed stays in
-/// use until the frames that wait have left.
+/// A device of the machine, reached through one PacketSocket that all its ports share. It has that while it
+/// is in use and its link is up; the link's changes open and close it. Frames to send are batched and leave
+/// in order, at the end of the loop's turn or when a full burst waits. What the kernel does not take waits
+/// for room; without room to wait it is not taken. A device whose last port has closed stays in use until the
+/// frames that wait have left.
 class PacketSocketDevice : public Device,
                            private LinkHandler,
                            private Kiv::IoHandler,
