@@ -5,6 +5,7 @@
 
 #include "platform/zornet/EthDevPam.h"
 #include "tests/platform/zornet/AssertionText.h"
+#include "tests/platform/zornet/EmptyPktManager.h"
 #include "tests/support/SimulatedTest.h"
 #include "tests/support/TraceCapture.h"
 #include "tests/vlan/FakeDevice.h"
@@ -22,12 +23,6 @@ class CountingMultiplexer : public VlanPktMultiplexer {
     void handleRxPkt() override { ++signals; }
 
     U32 signals = 0;
-};
-
-/// Has no packet to give.
-class EmptyPktManager : public PktManager {
-  public:
-    Kiv::Ptr<Pkt> newPkt() override { return nullptr; }
 };
 
 class VlanPktMultiplexerTest : public Support::SimulatedTest {

@@ -47,6 +47,11 @@ TEST_F( FieldValuesTest, ChecksumsCompareByValue ) {
     EXPECT_EQ( IpChecksum( 0x2ad5 ), IpChecksum( 0x2ad5 ) );
 }
 
+TEST_F( FieldValuesTest, ChecksumsPrintTheirBits ) {
+    EXPECT_EQ( printed( IpChecksum( 0xd5 ) ), "0x00d5" );
+    EXPECT_EQ( valueToStrep( IpChecksum( 0x2ad5 ) ), Kiv::String8( "0x2ad5" ) );
+}
+
 TEST_F( FieldValuesTest, TagControlTakesTwelveBitsOfTheVlan ) {
     Eth8021QTagControl tag;
     tag.vlanIdIs( 4196 );

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <new>
 
 #include "platform/zornet/Checksum.h"
@@ -16,7 +17,8 @@
 
 namespace Zornet {
 
-/// Builds whole frames of the host 10.0.0.1, 02:00:00:00:00:01 through a packet's window.
+/// Builds whole frames of the host 10.0.0.1, 02:00:00:00:00:01 through a packet's window, over bytes that are
+/// not zero before.
 class FramesTest : public ::testing::Test {
   protected:
     struct Form {
@@ -24,7 +26,10 @@ class FramesTest : public ::testing::Test {
         bool routerAlert = true;
     };
 
-    FramesTest() { pkt_->newSharedHeadData( 1514 ); }
+    FramesTest() {
+        pkt_->newSharedHeadData( 1514 );
+        std::fill_n( pkt_->front(), pkt_->bytes(), U8{ 0xa5 } );
+    }
 
     void buildV12( Form form, IgmpMessageType type, IpAddr const& group, IpAddr const& dst ) {
         ethernet( form, dst );

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <new>
 #include <sstream>
 
@@ -20,21 +22,23 @@ namespace Zornet {
 /// Writes headers one after the other into a run of bytes that are not zero before.
 class HeadersTest : public ::testing::Test {
   protected:
+    HeadersTest() { bytes_.fill( 0xa5 ); }
+
     template <class Header>
     Header* next() {
-        U8* const at = bytes_ + used_;
+        U8* const at = bytes_.data() + used_;
         used_ += sizeof( Header );
         return reinterpret_cast<Header*>( at );
     }
-    std::string written() const { return hex( { bytes_, used_ } ); }
+    std::string written() const { return hex( { bytes_.data(), used_ } ); }
 
     /// The bytes of `digits`, to be read as a header.
     template <class Header>
     Header const* parse( std::string_view digits ) {
         auto const message = fromHex( digits );
-        std::copy( message.begin(), message.end(), bytes_ );
+        std::copy( message.begin(), message.end(), bytes_.begin() );
         used_ = message.size();
-        return reinterpret_cast<Header const*>( bytes_ );
+        return reinterpret_cast<Header const*>( bytes_.data() );
     }
 
     template <class Header>
@@ -45,8 +49,7 @@ class HeadersTest : public ::testing::Test {
     }
 
   private:
-    static constexpr std::size_t room = 128;
-    U8 bytes_[room] = { 0xa5 };
+    std::array<U8, 128> bytes_;
     std::size_t used_ = 0;
 };
 

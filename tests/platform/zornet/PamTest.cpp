@@ -133,6 +133,12 @@ TEST_F( PamTest, SavedPacketsAreKeptByNumber ) {
     EXPECT_THAT( watcher_->told, ElementsAre( "savedPacket 7", "savedPacket 7" ) );
 }
 
+TEST_F( PamTest, SavedPacketOfEqualValueIsToldAgain ) {
+    pam_->savedPacketIs( 7, pkt_ );
+    pam_->savedPacketIs( 7, pkt_ );
+    EXPECT_THAT( watcher_->told, ElementsAre( "savedPacket 7", "savedPacket 7" ) );
+}
+
 TEST_F( PamTest, SavedDirectionsAreKeptByNumber ) {
     pam_->savedPacketRxIs( 7, true );
     EXPECT_TRUE( pam_->savedPacketRx( 7 ) );

@@ -4,15 +4,10 @@
 
 #include <vector>
 
+#include "tests/platform/zornet/EmptyPktManager.h"
 #include "tests/platform/zornet/Hex.h"
 
 namespace Zornet {
-
-/// A manager that has nothing to give.
-class EmptyManager : public PktManager {
-  public:
-    Kiv::Ptr<Pkt> newPkt() override { return nullptr; }
-};
 
 class PktManagerTest : public ::testing::Test {
   protected:
@@ -139,7 +134,7 @@ TEST_F( PktManagerTest, PacketOfBytesIsACopy ) {
 }
 
 TEST_F( PktManagerTest, NoPacketOfBytesWithoutAPacket ) {
-    globalPktManagerIs( new EmptyManager );
+    globalPktManagerIs( new EmptyPktManager );
     EXPECT_FALSE( pktWithBytes( fromHex( "01" ) ) );
 }
 

@@ -79,10 +79,12 @@ TEST_F( PktTest, HeadRoomIsUsedToItsLastByte ) {
 
 TEST_F( PktTest, TailDataComesAndGoes ) {
     fill( "0102030405" );
+    auto const buffer = pkt_->sharedBuffer();
     pkt_->delSharedTailData( 3 );
     EXPECT_EQ( frame(), "0102" );
     pkt_->newSharedTailData( 3 );
     EXPECT_EQ( frame(), "0102030405" );
+    EXPECT_EQ( pkt_->sharedBuffer(), buffer );
 }
 
 TEST_F( PktTest, TailDataCountsWrap ) {
@@ -146,6 +148,15 @@ TEST_F( PktTest, WindowLiesOverTheSharedDataOnly ) {
     U8 head[] = { 1, 2 };
     pkt_->headIoVecIs( { head, 2 } );
     EXPECT_EQ( window(), "0304" );
+}
+
+TEST_F( PktTest, WindowKeepsItsDistanceFromAFrontThatMoves ) {
+    fill( "0102030405" );
+    pkt_->beginOffsetIs( 2 );
+    pkt_->delSharedHeadData( 1 );
+    EXPECT_EQ( window(), "0405" );
+    pkt_->newSharedHeadData( 1 );
+    EXPECT_EQ( window(), "030405" );
 }
 
 TEST_F( PktTest, WindowGivesHeadersInPlace ) {
@@ -218,7 +229,12 @@ TEST_F( PktDeathTest, TailDataMustFitTheBuffer ) {
     EXPECT_DEATH(
         pkt_->newSharedTailData( 1 ), assertionText( "ptrWithinRegion( data_ + dataBytes_, buffer_, size_ )" )
     );
-    EXPECT_EQ( pkt_->sharedBuffer()->size(), 5U );
+}
+
+TEST_F( PktDeathTest, BufferHasNoHeadDataBeyondItsFront ) {
+    Kiv::Ptr<Pkt::SharedBuffer> const buffer( new Pkt::SharedBuffer( 4 ) );
+    buffer->newHeadData( 4 );
+    EXPECT_DEATH( buffer->newHeadData( 1 ), assertionText( "ptrWithinRegion( data_, buffer_, size_ )" ) );
 }
 
 TEST_F( PktDeathTest, MoreThanAllDataCannotBeGivenBack ) {

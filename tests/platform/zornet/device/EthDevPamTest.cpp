@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "../EmptyPktManager.h"
 #include "../RangeMessage.h"
 #include "FakeDevice.h"
 #include "platform/zornet/PktManager.h"
@@ -41,6 +42,7 @@ TEST_F( EthDevPamTest, StartsClosedAndHearingEveryProtocol ) {
     auto const pam = EthDevPamIs( "eth0" );
     EXPECT_FALSE( pam->deviceOpen() );
     EXPECT_EQ( pam->ethProtocol(), EthDevPam::everyProtocol );
+    EXPECT_EQ( pam->captureMode(), 1U );
     EXPECT_EQ( pam->name(), Kiv::Name( "eth0" ) );
     EXPECT_EQ( device().ports(), 0U );
 }
@@ -153,6 +155,25 @@ TEST_F( EthDevPamTest, FullQueueLosesTheOldestAndStillSignals ) {
     EXPECT_EQ( pam->rxPkt(), nullptr );
 }
 
+TEST_F( EthDevPamTest, ClosedByAReactorOnALossItSignalsNothing ) {
+    class Closer : public PamReader {
+      public:
+        explicit Closer( Kiv::Ptr<EthDevPam> const& pam ) : PamReader( pam ), pam_( *pam ) {}
+        void onRxErrors() override { pam_.deviceOpenIs( false ); }
+
+      private:
+        EthDevPam& pam_;
+    };
+    auto const pam = openPam();
+    for ( std::size_t i = 0; i < PktQueue::maxPkts; ++i ) {
+        device().hear( frameOf( ethTypeIp ) );
+    }
+    Kiv::Ptr<Closer> const closer( new Closer( pam ) );
+    device().hear( frameOf( ethTypeIp ) );
+    EXPECT_EQ( closer->signals, 0U );
+    EXPECT_EQ( pam->rxPkt(), nullptr );
+}
+
 TEST_F( EthDevPamTest, ClosingEmptiesTheQueue ) {
     auto const pam = openPam();
     device().hear( frameOf( ethTypeIp ) );
@@ -165,12 +186,9 @@ TEST_F( EthDevPamTest, ClosingEmptiesTheQueue ) {
 }
 
 TEST_F( EthDevPamTest, MissingPacketCountsAsReceiveErrorWithoutASignal ) {
-    class Empty : public Pkt::Manager {
-        Kiv::Ptr<Pkt> newPkt() override { return nullptr; }
-    };
     auto const pam = openPam();
     auto const manager = globalPktManager();
-    globalPktManagerIs( new Empty );
+    globalPktManagerIs( new EmptyPktManager );
     device().hear( frameOf( ethTypeIp ) );
     globalPktManagerIs( manager );
     EXPECT_EQ( pam->rxErrors(), 1U );
