@@ -1,52 +1,10 @@
 #include "engine/IgmpHostDirSm.h"
 
+#include "engine/KivIgmpHostDir.h"
 #include "engine/Reinstantiation.h"
 #include "engine/Trace.h"
 
 namespace Igmp {
-
-class IgmpHostDirSm::KivIgmpHostDir : public IgmpHostDir::Notifiee {
-  public:
-    KivIgmpHostDir( Ptr<IgmpHostDir> const& dir, IgmpHostDirSm* sm ) : Notifiee( dir ), sm_( sm ) {}
-
-    void notifierIs( Ptr<Kiv::PtrInterface const> const& notifier ) override {
-        bool const differs = notifier.get() != notifierObject();
-        Notifiee::notifierIs( notifier );
-        if ( differs && notifier && !kivZombie() && sm_ ) {
-            sm_->handleIgmpHostDir();
-        }
-    }
-    void onIgmpHost( Kiv::Name name ) override {
-        U8* const keyCount = pendingName_.store( name, pendingKeyCount_ );
-        if ( !kivOnAttribute( IgmpHostDir::attrIgmpHost, keyCount ) && !kivZombie() && sm_ ) {
-            sm_->handleIgmpHostDir( name.string() );
-        }
-    }
-    void onIgmpHost() override {
-        if ( deliverable( IgmpHostDir::attrIgmpHost ) && sm_ ) {
-            sm_->handleIgmpHostDir();
-        }
-    }
-    void igmpHostDirSmDel() { sm_ = nullptr; }
-
-  protected:
-    std::span<Kiv::Watch const> watches() const override {
-        using Reactor = KivIgmpHostDir;
-        static constexpr Kiv::Watch rows[] = { {
-            IgmpHostDir::attrIgmpHost,
-            []( PtrInterface::NotifieeConst& reactor ) { static_cast<Reactor&>( reactor ).onIgmpHost(); },
-            []( PtrInterface::NotifieeConst& reactor ) {
-                auto& self = static_cast<Reactor&>( reactor );
-                self.onIgmpHost( self.pendingName_.pendingKey() );
-            },
-        } };
-        return rows;
-    }
-
-  private:
-    IgmpHostDirSm* sm_;
-    Kiv::PendingKey<Kiv::Name> pendingName_;
-};
 
 Ptr<IgmpHostDirSm>
 IgmpHostDirSm::IgmpHostDirSmIs(

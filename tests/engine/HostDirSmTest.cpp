@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "engine/KivIgmpHostDir.h"
 #include "tests/platform/zornet/AssertionText.h"
 #include "tests/support/DeliveryTest.h"
 #include "tests/support/TraceCapture.h"
@@ -402,6 +403,36 @@ TEST_F( HostDirSmInline, ReplacedHostGetsANewMachine ) {
     EXPECT_EQ( sm().igmpHost(), replacement.get() );
     EXPECT_FALSE( sm().enabled() );
     EXPECT_EQ( statusDir->igmpHostStatus( "host" ), nullptr );
+}
+
+TEST_F( HostDirSmInline, ReactorSweepsWhenItMovesToAnotherDirectory ) {
+    Ptr<IgmpHostDirSm> const machines = igmpHostDirSmFactory( nullptr, dir, statusDir, wheel() );
+    machines->igmpHostSmDelAll();
+    Ptr<IgmpHostDirSm::KivIgmpHostDir> const reactor(
+        new IgmpHostDirSm::KivIgmpHostDir( igmpHostDirFactory( "other" ), machines.get() )
+    );
+    reactor->notifierIs( dir );
+    EXPECT_EQ( machines->igmpHostSms(), 1U );
+    reactor->notifierIs( dir ); // a second sweep would end the process
+    reactor->notifierIs( nullptr );
+    EXPECT_EQ( machines->igmpHostSms(), 1U );
+}
+
+TEST_F( HostDirSmInline, ReactorThatIsAZombieOrWasCutSweepsNothing ) {
+    Ptr<IgmpHostDirSm> const machines = igmpHostDirSmFactory( nullptr, dir, statusDir, wheel() );
+    machines->igmpHostSmDelAll();
+    Ptr<IgmpHostDir> const other = igmpHostDirFactory( "other" );
+    Ptr<IgmpHostDirSm::KivIgmpHostDir> const zombie(
+        new IgmpHostDirSm::KivIgmpHostDir( other, machines.get() )
+    );
+    zombie->kivDoZombieReactors( true );
+    zombie->notifierIs( dir );
+    Ptr<IgmpHostDirSm::KivIgmpHostDir> const cut( new IgmpHostDirSm::KivIgmpHostDir( other, machines.get() )
+    );
+    cut->igmpHostDirSmDel();
+    cut->notifierIs( dir );
+    cut->onIgmpHost( "host" );
+    EXPECT_EQ( machines->igmpHostSms(), 0U );
 }
 
 class HostDirSmDeferred : public Support::DeliveryHostTest {

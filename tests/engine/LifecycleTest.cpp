@@ -603,6 +603,26 @@ TEST_F( LifecycleInline, GroupTimersAreStoppedOneByOneBeforeTheyGo ) {
     EXPECT_THAT( progress.steps, ::testing::Each( ::testing::HasSubstr( " groupTimers" ) ) );
 }
 
+TEST_F( LifecycleInline, MachineThatEndsWithinAWalkOfItsHostHearsNoMoreOfIt ) {
+    class Remover : public IgmpHost::Notifiee {
+      public:
+        Remover( Ptr<IgmpHost> const& watched, IgmpHostDir& hosts ) : Notifiee( watched ), hosts_( hosts ) {
+            isRegisteredNotifieeIs( true );
+        }
+        void onConfigVersion() override { hosts_.igmpHostDel( name() ); }
+
+      private:
+        IgmpHostDir& hosts_;
+    };
+    Ptr<IgmpHost> const late = dir->newIgmpHost( "late" );
+    Ptr<Remover> const remover( new Remover( late, *dir ) ); // told before the machine's own reactor
+    dir->igmpHostNotify( "late" );
+    TraceCapture const trace( "IgmpHost", 9 );
+    late->configVersionIs( 1 );
+    EXPECT_EQ( dirSm->igmpHostSm( "late" ), nullptr );
+    EXPECT_FALSE( trace.contains( "Packet buffer allocated" ) );
+}
+
 TEST_F( LifecycleInline, HostEnabledByAWatcherOfItsStatusEndsAsTheLastWord ) {
     // A watcher that switches the host off while it is being enabled: what it did is overrun by the rest of
     // the sequence, so that the machine is enabled and its host is not.

@@ -336,6 +336,16 @@ TEST_P( TemplatesTest, MtuBelowTheHeadersEndsTheProcess ) {
     }
 }
 
+TEST_P( TemplatesTest, MtuThatDoesNotFitIn16BitsEndsTheProcess ) {
+    EXPECT_DEATH(
+        {
+            host().mtuIs( 65536 );
+            rebuild();
+        },
+        assertionText( "checkOffsetBounds()" )
+    );
+}
+
 TEST_P( TemplatesTest, PacketWithoutABufferEndsTheProcess ) {
     Ptr<Zornet::Pkt> const bare( new Zornet::Pkt );
     EXPECT_DEATH( sm().pktBufferInitialize( bare ), assertionText( "sharedBuffer_ != 0" ) );
