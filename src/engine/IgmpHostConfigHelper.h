@@ -8,6 +8,11 @@ namespace Igmp {
 /// Spreads a template over its block on a host that no state machine serves, for controllers from outside.
 class IgmpHostConfigHelper : public Kiv::StateMachine {
   public:
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostConfigHelper>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Kiv::Name const& name() const { return name_; }
     Ptr<IgmpHost> const& igmpHost() const { return igmpHost_; }
 

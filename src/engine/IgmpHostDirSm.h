@@ -32,12 +32,19 @@ class IgmpHostDirSm : public Kiv::StateMachine {
         U16 count;
     };
     using IgmpHostSms = Kiv::HashMap<IgmpHostSm, Kiv::Name>;
+    using MultiplexerDirs = Kiv::HashMap<KivMultiplexerDir, Zornet::IntfId>;
+    using MultiplexerRefCounts = Kiv::HashMap<KivMultiplexerRefCount, Zornet::IntfId>;
 
     static Ptr<IgmpHostDirSm> IgmpHostDirSmIs(
         Ptr<Kiv::ActivityConfig> const& activity, Ptr<IgmpHostDir> const& dir,
         Ptr<IgmpHostStatusDir> const& statusDir, Ptr<Lumo::TimerWheel const> const& timerWheel
     );
     ~IgmpHostDirSm() override;
+
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostDirSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     /// The directory that is watched, or null.
     IgmpHostDir* igmpHostDir() const;
@@ -68,6 +75,7 @@ class IgmpHostDirSm : public Kiv::StateMachine {
     void igmpHostSmDelAll() { igmpHostSm_.clear(); }
 
     // The shared devices, by interface.
+    MultiplexerDirs const& multiplexerDir() const { return multiplexerDir_; }
     std::size_t multiplexerDirs() const { return multiplexerDir_.size(); }
     Ptr<Zornet::VlanPamMultiplexer> multiplexerDir( Zornet::IntfId const& intf ) const;
     Ptr<Zornet::VlanPamMultiplexer>
@@ -76,6 +84,7 @@ class IgmpHostDirSm : public Kiv::StateMachine {
     multiplexerDirIs( Ptr<Kiv::ActivityConfig> const& activity, Zornet::IntfId const& intf );
     Ptr<Zornet::VlanPamMultiplexer> multiplexerDirDel( Zornet::IntfId const& intf );
     void multiplexerDirDelAll() { multiplexerDir_.clear(); }
+    MultiplexerRefCounts const& multiplexerRefCount() const { return multiplexerRefCount_; }
     std::size_t multiplexerRefCounts() const { return multiplexerRefCount_.size(); }
     /// 0 for an interface that nobody uses.
     U16 multiplexerRefCount( Zornet::IntfId const& intf ) const;
@@ -102,8 +111,8 @@ class IgmpHostDirSm : public Kiv::StateMachine {
     Ptr<IgmpHostStatusDir> const igmpHostStatusDir_;
     Ptr<Lumo::TimerWheel const> const timerWheel_;
     IgmpHostSms igmpHostSm_;
-    Kiv::HashMap<KivMultiplexerDir, Zornet::IntfId> multiplexerDir_;
-    Kiv::HashMap<KivMultiplexerRefCount, Zornet::IntfId> multiplexerRefCount_;
+    MultiplexerDirs multiplexerDir_;
+    MultiplexerRefCounts multiplexerRefCount_;
     bool initialized_ = false;
 };
 

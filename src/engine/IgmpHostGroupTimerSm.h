@@ -20,6 +20,11 @@ class IgmpHostGroupTimerSm : public ResponseTimerSm {
         Ptr<Lumo::TimerWheel const> const& timerWheel, IgmpHostSm* igmpHostSm
     );
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostGroupTimerSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Zornet::IpAddr const& fwkKey() const { return group_; }
     Zornet::IpAddr const& group() const { return group_; }
     /// The timer runs out a query interval after a foreign report; periodic reporting only.
@@ -32,6 +37,8 @@ class IgmpHostGroupTimerSm : public ResponseTimerSm {
     void lastReporterIs( bool value ) { lastReporter_ = value; }
     bool joined() const { return joined_; }
     void joinedIs( bool value ) { joined_ = value; }
+    /// The owner, which outlives its timers.
+    IgmpHostSm* igmpHostSm() const { return igmpHostSm_; }
 
     void handleInitialized();
     void doSetTimer( Seconds const& delay ) override;

@@ -37,6 +37,11 @@ class IgmpHostSm : public Kiv::StateMachine, public Kiv::HashMember {
     );
     ~IgmpHostSm() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     // What the machine holds.
     Kiv::Name const& fwkKey() const { return name_; }
     Kiv::Name const& name() const { return name_; }

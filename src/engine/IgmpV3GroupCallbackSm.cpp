@@ -36,6 +36,14 @@ IgmpV3GroupCallbackSm::IgmpV3GroupCallbackSmIs(
     return Kiv::stateMachineIs<IgmpV3GroupCallbackSm>( activity, mcastAddr, groupRecord, igmpHostSm );
 }
 
+Ptr<IgmpV3GroupCallbackSm>
+igmpV3GroupCallbackSmFactory(
+    Ptr<Kiv::ActivityConfig> const& activity, Zornet::IpAddr const& mcastAddr,
+    Ptr<IgmpV3GroupRecord> const& groupRecord
+) {
+    return IgmpV3GroupCallbackSm::IgmpV3GroupCallbackSmIs( activity, mcastAddr, groupRecord, nullptr );
+}
+
 IgmpV3GroupCallbackSm::IgmpV3GroupCallbackSm(
     Ptr<Kiv::ActivityConfig> const& activity, Zornet::IpAddr const& mcastAddr,
     Ptr<IgmpV3GroupRecord> const& groupRecord, IgmpHostSm* igmpHostSm

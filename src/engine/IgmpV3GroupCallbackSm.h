@@ -19,11 +19,18 @@ class IgmpV3GroupCallbackSm : public Kiv::StateMachine, public Kiv::HashMember {
     );
     ~IgmpV3GroupCallbackSm() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3GroupCallbackSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Zornet::IpAddr const& fwkKey() const { return mcastAddr_; }
     Zornet::IpAddr const& mcastAddr() const { return mcastAddr_; }
     /// The watched record, or null.
     IgmpV3GroupRecord* groupRecord() const;
     bool initialized() const { return initialized_; }
+    /// The host's machine; null for one that stands alone.
+    IgmpHostSm* igmpHostSm() const { return igmpHostSm_; }
 
     void handleInitialized() { initialized_ = true; }
     void processGroupChange();
@@ -45,5 +52,11 @@ class IgmpV3GroupCallbackSm : public Kiv::StateMachine, public Kiv::HashMember {
     Ptr<KivGroupRecord> groupRecord_;
     IgmpHostSm* const igmpHostSm_;
 };
+
+/// A machine that stands alone, of no host. The first move of the record's `version` ends the process.
+Ptr<IgmpV3GroupCallbackSm> igmpV3GroupCallbackSmFactory(
+    Ptr<Kiv::ActivityConfig> const& activity, Zornet::IpAddr const& mcastAddr,
+    Ptr<IgmpV3GroupRecord> const& groupRecord
+);
 
 } // namespace Igmp

@@ -18,6 +18,11 @@ class IgmpV3HostAggregatedSenderSm : public V3ReportTimerSm {
         Ptr<IgmpHost> const& igmpHost, Ptr<IgmpHostStatus> const& igmpHostStatus, IgmpHostSm* igmpHostSm
     );
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3HostAggregatedSenderSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     V3GroupSms const& v3GroupSm() const { return v3GroupSm_; }
     /// The group's machine, or null.
     Ptr<IgmpV3HostGroupSm> v3GroupSm( Zornet::IpAddr const& group ) const { return v3GroupSm_.find( group ); }

@@ -15,6 +15,11 @@ class IgmpV3HostGeneralQueryTimerSm : public V3ReportTimerSm {
         Ptr<IgmpHost> const& igmpHost, Ptr<IgmpHostStatus> const& igmpHostStatus, IgmpHostSm* igmpHostSm
     );
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3HostGeneralQueryTimerSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     /// The timer runs out a query interval, not a response.
     bool waitForQueryInterval() const { return waitForQueryInterval_; }
     /// The querier's interval as last learned.

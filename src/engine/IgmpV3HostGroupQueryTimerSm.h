@@ -15,6 +15,11 @@ class IgmpV3HostGroupQueryTimerSm : public V3ReportTimerSm {
         Ptr<IgmpHostStatus> const& igmpHostStatus, IgmpHostSm* igmpHostSm
     );
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3HostGroupQueryTimerSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Zornet::IpAddr const& fwkKey() const { return mcastAddr_; }
     Zornet::IpAddr const& mcastAddr() const { return mcastAddr_; }
     /// Declared; nothing in this class changes it.

@@ -15,6 +15,13 @@ IgmpV3HostGroupSm::IgmpV3HostGroupSmIs(
     );
 }
 
+Ptr<IgmpV3HostGroupSm>
+igmpV3HostGroupSmFactory(
+    Ptr<Kiv::ActivityConfig> const& activity, Zornet::IpAddr const& group, Ptr<IgmpHost> const& igmpHost
+) {
+    return IgmpV3HostGroupSm::IgmpV3HostGroupSmIs( activity, group, igmpHost, nullptr, nullptr );
+}
+
 IgmpV3HostGroupSm::IgmpV3HostGroupSm(
     Ptr<Kiv::ActivityConfig> const& activity, Zornet::IpAddr const& group, Ptr<IgmpHost> const& igmpHost,
     Ptr<IgmpHostStatus> const& igmpHostStatus, IgmpV3HostAggregatedSenderSm* aggregatedSenderSm
@@ -91,9 +98,10 @@ IgmpV3HostGroupSm::adoptAddedSources( IgmpV3GroupRecord const& wanted ) {
             continue;
         }
         KIV_TRACE( igmpHostTrace, traceDetail )
-            << " add to added list IGMP version =" << igmpHostStatus_->igmpVersion();
+            << " add to added list IGMP version ="
+            << ( igmpHostStatus_ ? igmpHostStatus_->igmpVersion() : igmpVersionUnknown );
         current->sourceIpIs( source.key, 1 );
-        if ( igmpHostStatus_->igmpVersion() == igmpVersion3 ) {
+        if ( isVersion3() ) {
             KIV_TRACE( igmpHostTrace, traceDetail ) << "Processing source since igmp version is 3";
             addedSourceTransCount_->sourceIpIs( source.key, static_cast<U8>( igmpHost_->robustness() ) );
             deletedSourceTransCount_->sourceIpDel( source.key );
@@ -111,11 +119,21 @@ IgmpV3HostGroupSm::adoptDeletedSources( IgmpV3GroupRecord const& wanted ) {
         }
         KIV_TRACE( igmpHostTrace, traceDetail ) << " add to deleted list";
         current->sourceIpDel( source );
-        if ( igmpHostStatus_->igmpVersion() == igmpVersion3 ) {
+        if ( isVersion3() ) {
             deletedSourceTransCount_->sourceIpIs( source->key, static_cast<U8>( igmpHost_->robustness() ) );
             addedSourceTransCount_->sourceIpDel( source->key );
         }
     }
+}
+
+bool
+IgmpV3HostGroupSm::isVersion3() const {
+    return igmpHostStatus_ && igmpHostStatus_->igmpVersion() == igmpVersion3;
+}
+
+bool
+IgmpV3HostGroupSm::reportsGoOn() const {
+    return igmpHostStatus_ && igmpHostStatus_->continueUnsolicitedReport();
 }
 
 bool

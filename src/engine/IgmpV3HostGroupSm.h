@@ -19,6 +19,11 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
         Ptr<IgmpHostStatus> const& igmpHostStatus, IgmpV3HostAggregatedSenderSm* aggregatedSenderSm
     );
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3HostGroupSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Zornet::IpAddr const& fwkKey() const { return group_; }
     Zornet::IpAddr const& group() const { return group_; }
     Ptr<IgmpHost> const& igmpHost() const { return igmpHost_; }
@@ -34,6 +39,8 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     Ptr<IgmpV3HostGroupSourceList> const& addedSourceTransCount() const { return addedSourceTransCount_; }
     Ptr<IgmpV3HostGroupSourceList> const& deletedSourceTransCount() const { return deletedSourceTransCount_; }
     bool initialized() const { return initialized_; }
+    /// The owner; null for a machine that stands alone.
+    IgmpV3HostAggregatedSenderSm* aggregatedSenderSm() const { return aggregatedSenderSm_; }
 
     void handleInitialized();
     /// Compares what is wanted with the current record, adopts it and counts the reports that each difference
@@ -73,6 +80,9 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     void adoptFilterMode( IgmpV3GroupRecord const& wanted );
     void adoptAddedSources( IgmpV3GroupRecord const& wanted );
     void adoptDeletedSources( IgmpV3GroupRecord const& wanted );
+    /// Neither is so without a status.
+    bool isVersion3() const;
+    bool reportsGoOn() const;
     void decideOnLaterReport( IgmpV3ReportProcessInfo& reportInfo );
 
     Zornet::IpAddr const group_;
@@ -88,5 +98,11 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     bool initialized_ = false;
     IgmpV3HostAggregatedSenderSm* const aggregatedSenderSm_;
 };
+
+/// A machine that stands alone, with neither status nor sender: it keeps the current record and counts
+/// changes of mode, but no changes of sources.
+Ptr<IgmpV3HostGroupSm> igmpV3HostGroupSmFactory(
+    Ptr<Kiv::ActivityConfig> const& activity, Zornet::IpAddr const& group, Ptr<IgmpHost> const& igmpHost
+);
 
 } // namespace Igmp

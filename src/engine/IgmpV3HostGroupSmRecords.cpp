@@ -35,7 +35,7 @@ IgmpV3HostGroupSm::doGroupRecordPktConstruct(
         constructModeChangeRecord( wanted, pkt, reportInfo );
     } else if ( addedSourceTransCount_->sourceIps() != 0 || deletedSourceTransCount_->sourceIps() != 0 ) {
         constructSourceChangeRecord( wanted, pkt, reportInfo );
-    } else if ( igmpHostStatus_->continueUnsolicitedReport() ) {
+    } else if ( reportsGoOn() ) {
         constructCurrentRecord( wanted, pkt, reportInfo );
     }
     KIV_TRACE( igmpHostTrace, traceDetail ) << "Added sourceIps=" << addedSourceTransCount_->sourceIps()
@@ -46,9 +46,9 @@ IgmpV3HostGroupSm::doGroupRecordPktConstruct(
 
 void
 IgmpV3HostGroupSm::decideOnLaterReport( IgmpV3ReportProcessInfo& reportInfo ) {
-    if ( isStateChanged() || igmpHostStatus_->continueUnsolicitedReport() ) {
+    if ( isStateChanged() || reportsGoOn() ) {
         reportInfo.scheduleTimerIs( true );
-    } else if ( !igmpHost_->v3group( group_ ) ) {
+    } else if ( aggregatedSenderSm_ && !igmpHost_->v3group( group_ ) ) {
         KIV_TRACE( igmpHostTrace, traceAction ) << "v3GroupSm " << group_ << " is now removed";
         aggregatedSenderSm_->v3GroupSmDel( group_ );
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Types.h"
-#include "platform/kiv/PtrInterface.h"
+#include "platform/kiv/Attribute.h"
 #include "platform/zornet/IpAddr.h"
 
 namespace Igmp {
@@ -10,6 +10,11 @@ namespace Igmp {
 class IgmpV3ReportProcessInfo : public Kiv::PtrInterface {
   public:
     static Ptr<IgmpV3ReportProcessInfo> IgmpV3ReportProcessInfoIs() { return new IgmpV3ReportProcessInfo; }
+
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3ReportProcessInfo>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     /// A record was cut, or a walk over the groups is to resume at the bookmark.
     bool useBookMark() const { return useBookMark_; }

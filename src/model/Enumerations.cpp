@@ -2,8 +2,6 @@
 
 #include <ostream>
 
-#include "platform/kiv/EnumText.h"
-
 namespace Igmp {
 
 namespace {
@@ -100,6 +98,16 @@ sequenceToValue(
     *state = TimerStateInstance( Kiv::deserializeAttr<Kiv::String8>( at, end ) );
 }
 
+std::span<Kiv::EnumName<IgmpVersion> const>
+igmpVersions() {
+    return versions;
+}
+
+std::span<Kiv::EnumName<TimerState> const>
+timerStates() {
+    return states;
+}
+
 } // namespace Igmp
 
 std::string
@@ -118,4 +126,14 @@ Kiv::ValueTraits<Igmp::IgmpVersion>::parse( std::string_view text ) {
     } catch ( Kiv::RangeException const& ) {
         Kiv::throwExpected( "an IGMP version: 0 to 3 or igmpVersion1, igmpVersion2, igmpVersion3", text );
     }
+}
+
+std::string
+Kiv::ValueTraits<Igmp::TimerState>::format( Igmp::TimerState value ) {
+    return Igmp::stringValue( value ).charPtr();
+}
+
+Igmp::TimerState
+Kiv::ValueTraits<Igmp::TimerState>::parse( std::string_view text ) {
+    return Igmp::TimerStateInstance( Kiv::String8( text ) );
 }

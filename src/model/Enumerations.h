@@ -1,9 +1,10 @@
 #pragma once
 
 #include <iosfwd>
+#include <span>
 
 #include "model/Types.h"
-#include "platform/kiv/Value.h"
+#include "platform/kiv/EnumText.h"
 
 namespace Igmp {
 
@@ -34,6 +35,10 @@ void sequenceToValue(
 void
 sequenceToValue( Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, TimerState* state );
 
+/// Every enumerator with its name, by number.
+std::span<Kiv::EnumName<IgmpVersion> const> igmpVersions();
+std::span<Kiv::EnumName<TimerState> const> timerStates();
+
 } // namespace Igmp
 
 /// Text is the name; a number is taken too.
@@ -43,4 +48,12 @@ struct Kiv::ValueTraits<Igmp::IgmpVersion> {
     static constexpr ValueForm form = ValueForm::enumeration;
     static std::string format( Igmp::IgmpVersion value );
     static Igmp::IgmpVersion parse( std::string_view text );
+};
+
+template <>
+struct Kiv::ValueTraits<Igmp::TimerState> {
+    static constexpr char const* name = "Igmp::TimerState";
+    static constexpr ValueForm form = ValueForm::enumeration;
+    static std::string format( Igmp::TimerState value );
+    static Igmp::TimerState parse( std::string_view text );
 };

@@ -6,6 +6,13 @@ namespace {
 
 using Watcher = IgmpHost::NotifieeConst;
 
+struct V3group {
+    using Class = IgmpHost;
+    static IgmpHost::V3groups const& members( IgmpHost const& host ) { return host.v3group(); }
+    static void is( IgmpHost& host, Zornet::IpAddr const& group ) { host.v3groupIs( group ); }
+    static void del( IgmpHost& host, Zornet::IpAddr const& group ) { host.v3groupDel( group ); }
+};
+
 constexpr Kiv::Attribute table[] = {
     Kiv::scalarAttribute<&IgmpHost::configVersion, &IgmpHost::configVersionIs, &Watcher::onConfigVersion>(
         IgmpHost::attrConfigVersion, "configVersion", "0"
@@ -49,7 +56,7 @@ constexpr Kiv::Attribute table[] = {
     Kiv::scalarAttribute<&IgmpHost::direction, &IgmpHost::directionIs, &Watcher::onDirection>(
         IgmpHost::attrDirection, "direction", "both"
     ),
-    Kiv::structuralAttribute( IgmpHost::attrPam, "pam", Kiv::AttributeKind::pointer ),
+    Kiv::pointerAttribute<&IgmpHost::pam, &IgmpHost::pamIs>( IgmpHost::attrPam, "pam", "Zornet::Pam" ),
     Kiv::scalarAttribute<&IgmpHost::enabled, &IgmpHost::enabledIs, &Watcher::onEnabled>(
         IgmpHost::attrEnabled, "enabled", "false"
     ),
@@ -64,8 +71,7 @@ constexpr Kiv::Attribute table[] = {
         &IgmpHost::processV3GroupChange, &IgmpHost::processV3GroupChangeIs, &Watcher::onProcessV3GroupChange>(
         IgmpHost::attrProcessV3GroupChange, "processV3GroupChange", "true"
     ),
-    Kiv::
-        structuralAttribute( IgmpHost::attrV3group, "v3group", Kiv::AttributeKind::entityCollection, &Kiv::valueType<Zornet::IpAddr> ),
+    Kiv::collectionAttribute<V3group>( IgmpHost::attrV3group, "v3group", "Igmp::IgmpV3GroupRecord" ),
     Kiv::scalarAttribute<&IgmpHost::mtu, &IgmpHost::mtuIs, &Watcher::onMtu>(
         IgmpHost::attrMtu, "mtu", "1514"
     ),

@@ -105,6 +105,9 @@ class IgmpHost : public Kiv::Entity, public Kiv::HashMember {
     ~IgmpHost() override;
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHost>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     Kiv::Name const& fwkKey() const { return name(); }
 

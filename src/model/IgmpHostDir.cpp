@@ -4,9 +4,15 @@ namespace Igmp {
 
 namespace {
 
+struct Members {
+    using Class = IgmpHostDir;
+    static IgmpHostDir::IgmpHosts const& members( IgmpHostDir const& dir ) { return dir.igmpHost(); }
+    static void is( IgmpHostDir& dir, Kiv::Name const& key ) { dir.igmpHostIs( key ); }
+    static void del( IgmpHostDir& dir, Kiv::Name const& key ) { dir.igmpHostDel( key ); }
+};
+
 constexpr Kiv::Attribute table[] = {
-    Kiv::
-        structuralAttribute( IgmpHostDir::attrIgmpHost, "igmpHost", Kiv::AttributeKind::entityCollection, &Kiv::valueType<Kiv::Name> ),
+    Kiv::collectionAttribute<Members>( IgmpHostDir::attrIgmpHost, "igmpHost", "Igmp::IgmpHost" ),
 };
 static_assert( Kiv::idsAscendFrom( table, 258 ) );
 

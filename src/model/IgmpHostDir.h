@@ -31,6 +31,9 @@ class IgmpHostDir : public Kiv::Entity {
     ~IgmpHostDir() override;
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostDir>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     IgmpHosts const& igmpHost() const { return igmpHost_; }
     /// The member, or null.

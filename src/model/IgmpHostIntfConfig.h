@@ -29,6 +29,8 @@ class IgmpHostIntfConfig {
     explicit IgmpHostIntfConfig( std::span<std::any const> values );
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostIntfConfig>;
+    static Kiv::Type* _fwkType();
 
     Zornet::IntfId const& intfId() const { return intfId_; }
     Kiv::String8 const& deviceName() const { return deviceName_; }

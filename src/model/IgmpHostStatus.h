@@ -68,6 +68,9 @@ class IgmpHostStatus : public Kiv::Entity, public Kiv::HashMember {
     ~IgmpHostStatus() override;
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostStatus>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     Kiv::Name const& fwkKey() const { return name(); }
 

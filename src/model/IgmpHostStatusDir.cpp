@@ -4,9 +4,19 @@ namespace Igmp {
 
 namespace {
 
+struct Members {
+    using Class = IgmpHostStatusDir;
+    static IgmpHostStatusDir::IgmpHostStatuss const& members( IgmpHostStatusDir const& dir ) {
+        return dir.igmpHostStatus();
+    }
+    static void is( IgmpHostStatusDir& dir, Kiv::Name const& key ) { dir.igmpHostStatusIs( key ); }
+    static void del( IgmpHostStatusDir& dir, Kiv::Name const& key ) { dir.igmpHostStatusDel( key ); }
+};
+
 constexpr Kiv::Attribute table[] = {
-    Kiv::
-        structuralAttribute( IgmpHostStatusDir::attrIgmpHostStatus, "igmpHostStatus", Kiv::AttributeKind::entityCollection, &Kiv::valueType<Kiv::Name> ),
+    Kiv::collectionAttribute<Members>(
+        IgmpHostStatusDir::attrIgmpHostStatus, "igmpHostStatus", "Igmp::IgmpHostStatus"
+    ),
 };
 static_assert( Kiv::idsAscendFrom( table, 258 ) );
 

@@ -31,6 +31,9 @@ class IgmpHostStatusDir : public Kiv::Entity {
     ~IgmpHostStatusDir() override;
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpHostStatusDir>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     IgmpHostStatuss const& igmpHostStatus() const { return igmpHostStatus_; }
     /// The member, or null.

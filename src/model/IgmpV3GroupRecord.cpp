@@ -15,7 +15,9 @@ constexpr Kiv::Attribute table[] = {
     Kiv::scalarAttribute<&Record::filterMode, &Record::filterModeIs, &Watcher::onFilterMode>(
         Record::attrFilterMode, "filterMode", "MODE_IS_INCLUDE"
     ),
-    Kiv::structuralAttribute( Record::attrSource, "source", AttributeKind::containedEntity ),
+    Kiv::containedAttribute<&Record::source, &Record::sourceIs, &Record::sourceDel>(
+        Record::attrSource, "source", "Igmp::IgmpV3HostGroupSourceList"
+    ),
     Kiv::scalarAttribute<&Record::version, &Record::versionIs, &Kiv::Entity::NotifieeConst::onVersion>(
         Record::attrVersion, "version", "0"
     ),

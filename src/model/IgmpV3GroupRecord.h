@@ -47,6 +47,9 @@ class IgmpV3GroupRecord : public Kiv::Entity, public Kiv::HashMember {
     ~IgmpV3GroupRecord() override { orphanSource(); }
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3GroupRecord>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     Zornet::IpAddr const& fwkKey() const { return multicastAddr_; }
     Zornet::IpAddr const& multicastAddr() const { return multicastAddr_; }

@@ -4,9 +4,23 @@ namespace Igmp {
 
 namespace {
 
+using List = IgmpV3HostGroupSourceList;
+
+struct SourceIp {
+    using Class = List;
+    using Value = U8;
+    static List::SourceIps const& members( List const& list ) { return list.sourceIp(); }
+    static Value value( List::KivSourceIp const& member ) { return member.value; }
+    static void is( List& list, Zornet::IpAddr const& source, Value number ) {
+        list.sourceIpIs( source, number );
+    }
+    static void del( List& list, Zornet::IpAddr const& source ) { list.sourceIpDel( source ); }
+};
+
 constexpr Kiv::Attribute table[] = {
-    Kiv::
-        structuralAttribute( IgmpV3HostGroupSourceList::attrSourceIp, "sourceIp", Kiv::AttributeKind::valueCollection, &Kiv::valueType<Zornet::IpAddr> ),
+    Kiv::collectionAttribute<SourceIp>(
+        List::attrSourceIp, "sourceIp", "Igmp::IgmpV3HostGroupSourceList::KivSourceIp"
+    ),
 };
 static_assert( Kiv::idsAscendFrom( table, 258 ) );
 

@@ -41,6 +41,9 @@ class IgmpV3HostGroupSourceList : public Kiv::Entity {
     IgmpV3HostGroupSourceList() : Entity( Kiv::Name() ) {}
 
     static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<IgmpV3HostGroupSourceList>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     SourceIps const& sourceIp() const { return sourceIp_; }
     /// The source's number; 0 for one that is absent.

@@ -22,6 +22,11 @@ class VTaggingInnerPamSm : public Kiv::StateMachine {
     );
     ~VTaggingInnerPamSm() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<VTaggingInnerPamSm>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Kiv::Ptr<VlanTaggingPam> const& outerPam() const { return outerPam_; }
     Kiv::Ptr<Pam const> innerPam() const;
 

@@ -23,6 +23,11 @@ class VlanPam : public Pam, public LiveCount<VlanPam> {
     VlanPamIs( Kiv::Name const& name, Kiv::Ptr<VlanPktMultiplexer> const& multiplexer );
     ~VlanPam() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<VlanPam>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     Kiv::Ptr<VlanPktMultiplexer> const& multiplexer() const { return multiplexer_; }
 
     /// The frame that waits, or null. The multiplexer sets it, without a tag; its readers have run when the

@@ -21,6 +21,11 @@ class VlanPamMultiplexer : public VlanPktMultiplexer {
     VlanPamMultiplexerIs( Kiv::Ptr<Kiv::ActivityConfig> const& activity, IntfId const& intf );
     ~VlanPamMultiplexer() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<VlanPamMultiplexer>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     /// The channel, or null.
     Kiv::Ptr<VlanPam> vlanPam( U16 vlanId ) const;
     VlanPams const& vlanPam() const { return vlanPam_; }

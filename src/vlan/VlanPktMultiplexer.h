@@ -33,6 +33,11 @@ class VlanPktMultiplexer : public Kiv::StateMachine, public LiveCount<VlanPktMul
     VlanPktMultiplexerIs( Kiv::Ptr<Kiv::ActivityConfig> const& activity, IntfId const& intf );
     ~VlanPktMultiplexer() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<VlanPktMultiplexer>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     IntfId const& intf() const { return intf_; }
 
     /// The device to read from and to write to, or null. A frame that waits in the first one is not read

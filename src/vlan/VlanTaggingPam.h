@@ -25,6 +25,11 @@ class VlanTaggingPam : public Pam, public LiveCount<VlanTaggingPam> {
     VlanTaggingPam( Kiv::Name const& name, U16 vlanId, Kiv::Ptr<Pam> const& innerPam );
     ~VlanTaggingPam() override;
 
+    static std::span<Kiv::Attribute const> attributes();
+    using GenericIf_ = Kiv::GenericIfOf<VlanTaggingPam>;
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
+
     U16 vlanId() const { return vlanId_; }
     Kiv::Ptr<Pam> const& innerPam() const { return innerPam_; }
 

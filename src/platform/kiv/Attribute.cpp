@@ -2,6 +2,23 @@
 
 namespace Kiv {
 
+char const*
+kindText( AttributeKind kind ) {
+    switch ( kind ) {
+    case AttributeKind::key: return "key";
+    case AttributeKind::argument: return "argument";
+    case AttributeKind::scalar: return "scalar";
+    case AttributeKind::state: return "state";
+    case AttributeKind::constant: return "constant";
+    case AttributeKind::pointer: return "pointer";
+    case AttributeKind::valueCollection: return "values by key";
+    case AttributeKind::entityCollection: return "objects by key";
+    case AttributeKind::containedEntity: return "child";
+    case AttributeKind::operation: return "operation";
+    }
+    return "unknown";
+}
+
 Attribute const*
 findAttribute( std::span<Attribute const> table, std::string_view name ) {
     for ( Attribute const& row : table ) {

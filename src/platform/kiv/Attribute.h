@@ -3,9 +3,8 @@
 #include <span>
 #include <string_view>
 
+#include "platform/kiv/AttributeOps.h"
 #include "platform/kiv/NotifieeConst.h"
-#include "platform/kiv/Value.h"
-#include "platform/kiv/ValueHolder.h"
 
 namespace Kiv {
 
@@ -14,11 +13,13 @@ enum class AttributeKind {
     key,              ///< the entity's key in its collection, fixed
     argument,         ///< given at construction, fixed
     scalar,           ///< stored, writable
+    state,            ///< stored, changed by the object alone
     constant,         ///< of the type: no storage, no mutator
     pointer,          ///< a writable pointer to an object of another kind
     valueCollection,  ///< keyed values
     entityCollection, ///< keyed children
     containedEntity,  ///< one child, made on demand
+    operation,        ///< runs when it is set
 };
 
 /// One row of a class's table of attributes: what code that does not know the class needs to reach the
@@ -34,16 +35,11 @@ struct Attribute {
     void ( *callback )( PtrInterface::NotifieeConst& reactor
     );                                  ///< the scalar callback that tells of a change
     ValueType const* keyType = nullptr; ///< of a collection
+    char const* objectType = nullptr;   ///< full name of the class that is held or collected
+    PointerOps const* pointer = nullptr;
+    CollectionOps const* collection = nullptr;
 
     bool isWritable() const { return write != nullptr; }
-};
-
-template <class Reader>
-struct ReaderTraits;
-template <class C, class T>
-struct ReaderTraits<T ( C::* )() const> {
-    using Class = C;
-    using Value = std::remove_cvref_t<T>;
 };
 
 /// A row for a value that can be read only.
@@ -78,14 +74,89 @@ scalarAttribute( AttributeId id, char const* name, char const* defaultText ) {
     return row;
 }
 
-/// A row that only names an attribute: pointers, children and collections, which have operations of their
-/// own.
+/// A row for a stored scalar of an object that has no reactors to tell.
+template <auto reader, auto mutator>
+constexpr Attribute
+settableAttribute( AttributeId id, char const* name, char const* defaultText ) {
+    using Class = typename ReaderTraits<decltype( reader )>::Class;
+    using T = typename ReaderTraits<decltype( reader )>::Value;
+    Attribute row = readOnlyAttribute<reader>( id, name, AttributeKind::scalar, defaultText );
+    row.write = []( PtrInterface& object, std::any const& value ) {
+        ( static_cast<Class&>( object ).*mutator )( std::any_cast<T const&>( value ) );
+    };
+    return row;
+}
+
+/// A row for an attribute that holds an object of class `objectType`, or collects them. Its operations are
+/// added by one of the functions below; without them it can only be named.
 constexpr Attribute
 structuralAttribute(
     AttributeId id, char const* name, AttributeKind kind, ValueType const* keyType = nullptr
 ) {
     return { id, name, kind, nullptr, nullptr, nullptr, nullptr, nullptr, keyType };
 }
+
+/// A row for an operation of one argument: setting it runs the operation, and there is nothing to read.
+template <auto operation>
+constexpr Attribute
+operationAttribute( AttributeId id, char const* name ) {
+    using Class = typename OperationTraits<decltype( operation )>::Class;
+    using T = typename OperationTraits<decltype( operation )>::Argument;
+    Attribute row = structuralAttribute( id, name, AttributeKind::operation );
+    row.type = &valueType<T>;
+    row.write = []( PtrInterface& object, std::any const& value ) {
+        ( static_cast<Class&>( object ).*operation )( std::any_cast<T const&>( value ) );
+    };
+    return row;
+}
+
+constexpr Attribute
+objectAttribute(
+    AttributeId id, char const* name, AttributeKind kind, char const* objectType, PointerOps const& ops
+) {
+    Attribute row = structuralAttribute( id, name, kind );
+    row.objectType = objectType;
+    row.pointer = &ops;
+    return row;
+}
+
+/// A row for a pointer that its object alone sets, or one given at construction.
+template <auto reader>
+constexpr Attribute
+fixedPointerAttribute(
+    AttributeId id, char const* name, char const* objectType, AttributeKind kind = AttributeKind::pointer
+) {
+    return objectAttribute( id, name, kind, objectType, fixedPointerOps<reader> );
+}
+
+template <auto reader, auto mutator>
+constexpr Attribute
+pointerAttribute( AttributeId id, char const* name, char const* objectType ) {
+    return objectAttribute( id, name, AttributeKind::pointer, objectType, pointerOps<reader, mutator> );
+}
+
+/// A row for one child, made and deleted on demand.
+template <auto reader, auto creator, auto deleter>
+constexpr Attribute
+containedAttribute( AttributeId id, char const* name, char const* objectType ) {
+    return objectAttribute( id, name, AttributeKind::containedEntity, objectType, containedOps<reader, creator, deleter> );
+}
+
+/// A row for the collection that class `C` names, see Collection.
+template <class C>
+constexpr Attribute
+collectionAttribute( AttributeId id, char const* name, char const* objectType ) {
+    using Key = typename Collection<C>::Key;
+    constexpr bool ofValues = Collection<C>::hasValues;
+    Attribute row =
+        structuralAttribute( id, name, ofValues ? AttributeKind::valueCollection : AttributeKind::entityCollection, &valueType<Key> );
+    row.objectType = objectType;
+    row.collection = &collectionOps<C>;
+    return row;
+}
+
+/// The kind in words.
+char const* kindText( AttributeKind kind );
 
 /// The row of that name, or null.
 Attribute const* findAttribute( std::span<Attribute const> table, std::string_view name );

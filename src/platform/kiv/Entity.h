@@ -23,6 +23,9 @@ class Entity : public PtrInterface {
 
     ~Entity() override;
 
+    static Type* _fwkType();
+    Type* fwkType() const override { return _fwkType(); }
+
     Name const& name() const { return name_; }
     /// The entity that holds this one, and the attribute by which; null and 0 for one that stands alone.
     Entity* parent() const { return parent_; }

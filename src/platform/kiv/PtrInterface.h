@@ -6,6 +6,10 @@
 
 namespace Kiv {
 
+class Type;
+template <class C>
+class GenericIfOf;
+
 /// The reference count that a Kiv::Ptr works on, for objects of any base: one word with a count of 29 bits
 /// and three flags. An object starts with a count of zero; the decrement that brings the count back to zero
 /// destroys it.
@@ -53,6 +57,10 @@ class PtrInterface : public VFPtrInterface {
 
     static void* operator new( std::size_t bytes );
     static void operator delete( void* object );
+
+    /// What is known of the object's class at run time. Each class of the model has its own record.
+    static Type* _fwkType();
+    virtual Type* fwkType() const { return _fwkType(); }
 
     bool hasNotificationActive() const { return flag( notificationActiveFlag ); }
     /// True for a reactor whose callbacks are to do nothing any more.

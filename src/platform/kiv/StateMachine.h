@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "platform/kiv/Attribute.h"
 #include "platform/kiv/FunctionRef.h"
-#include "platform/kiv/NotifieeConst.h"
 
 namespace Kiv {
 

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "platform/kiv/Attribute.h"
 #include "platform/kiv/Entity.h"
 #include "platform/zornet/Pkt.h"
 
@@ -33,6 +34,10 @@ class Pam : public Kiv::Entity {
 
     explicit Pam( Kiv::Name const& name );
     ~Pam() override;
+
+    static std::span<Kiv::Attribute const> attributes();
+    static Kiv::Type* _fwkType();
+    Kiv::Type* fwkType() const override { return _fwkType(); }
 
     /// The next received frame, or null when none is there. Runs doGetRxPkt() for it.
     Kiv::Ptr<Pkt> rxPkt();
