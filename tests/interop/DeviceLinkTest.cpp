@@ -76,6 +76,19 @@ TEST_F( DeviceLinkTest, DeviceThatIsDownIsTakenUpWhenItComesUp ) {
     EXPECT_TRUE( works( late ) );
 }
 
+TEST_F( DeviceLinkTest, OneProblemIsToldOnce ) {
+    cableIs();
+    Support::TraceCapture const trace( "Device", 1 );
+    Station const host = station();
+    nearNs().ip( "link set near0 down" );
+    ASSERT_TRUE( stopped( host ) );
+    nearNs().ip( "link set near0 mtu 1400" );
+    Kiv::defaultActivity()->activitySm().runOnce();
+    nearNs().ip( "link del near0" );
+    ASSERT_TRUE( eventually( [&] { return trace.contains( "no such device" ); } ) );
+    EXPECT_EQ( trace.texts().size(), 2U ); // down, and gone
+}
+
 TEST_F( DeviceLinkTest, DeviceSurvivesBeingTakenDownAndUp ) {
     cableIs();
     Station const host = station();
@@ -123,8 +136,7 @@ TEST_F( DeviceLinkTest, RenamedDeviceBelongsToItsNewName ) {
     cableIs();
     Station const before = station( "near0" );
     Station const after = station( "other0" );
-    nearNs().ip( "link set near0 down" );
-    nearNs().ip( "link set near0 name other0 up" );
+    nearNs().ip( "link set near0 name other0" );
     ASSERT_TRUE( stopped( before ) );
     ASSERT_TRUE( running( after ) );
     EXPECT_TRUE( works( after ) );

@@ -143,11 +143,7 @@ PacketSocketDevice::handleIo( Kiv::U32 events ) {
 void
 PacketSocketDevice::receive() {
     Kiv::Ptr<PacketSocket> const socket = socket_;
-    socket->receive( [&]( std::span<U8 const> frame ) {
-        if ( socket == socket_ ) {
-            deliver( frame );
-        }
-    } );
+    socket->receive( [this]( std::span<U8 const> frame ) { deliver( frame ); } );
     if ( U32 const lost = socket->takeLostFrames() ) {
         rxErrorsInc( lost );
     }

@@ -188,6 +188,17 @@ TEST_F( DeviceTest, ManyPortsOpenAndCloseInAnyOrder ) {
     }
 }
 
+TEST_F( DeviceTest, PortIsFoundByItsNumberUntilItCloses ) {
+    Port const a = ipv4Port();
+    Port const b = everyPort();
+    U64 const number = FakeDevice::portNumber( *a.pam );
+    EXPECT_EQ( device().port( number ), a.pam );
+    EXPECT_EQ( device().port( FakeDevice::portNumber( *b.pam ) ), b.pam );
+    a.pam->deviceOpenIs( false );
+    a.pam->deviceOpenIs( true );
+    EXPECT_FALSE( device().port( number ) );
+}
+
 TEST_F( DeviceTest, TellsOfItsFirstPortAndOfTheLastToGo ) {
     {
         Port const a = ipv4Port();

@@ -101,6 +101,13 @@ TEST_F( EthDevPamTest, ProtocolChangedWhileOpenTakesEffectAtOnce ) {
     EXPECT_EQ( device().ports(), 0U );
 }
 
+TEST_F( EthDevPamTest, ProtocolInForceLeavesTheQueue ) {
+    auto const pam = openPam();
+    device().hear( frameOf( ethTypeIp, 1 ) );
+    pam->ethProtocolIs( EthDevPam::everyProtocol );
+    EXPECT_EQ( nextMark( *pam ), 1 );
+}
+
 TEST_F( EthDevPamTest, TellsReactorsOfItsOwnAttributes ) {
     auto const pam = EthDevPamIs( "eth0" );
     Kiv::Ptr<AttributeReader> const reader( new AttributeReader( pam ) );
@@ -109,7 +116,9 @@ TEST_F( EthDevPamTest, TellsReactorsOfItsOwnAttributes ) {
     pam->captureModeIs( 0 );
     pam->nsIs( NamespaceName( "blue" ) );
     pam->deviceOpenIs( true );
-    EXPECT_EQ( reader->ids, ( std::vector<Kiv::AttributeId>{ 386, 387, 388, 389 } ) );
+    pam->deviceOpenIs( false );
+    EXPECT_EQ( reader->ids, ( std::vector<Kiv::AttributeId>{ 386, 387, 388, 389, 389 } ) );
+    EXPECT_EQ( pam->modificationCount(), 5U );
 }
 
 TEST_F( EthDevPamTest, EachFrameRaisesReadableCountByOne ) {

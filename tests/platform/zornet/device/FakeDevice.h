@@ -40,6 +40,7 @@ class FakeDevice : public Device {
     }
     void hear( Frame const& frame ) { deliver( frame ); }
     using Device::port;
+    using Device::portNumber;
     using Device::runningIs;
     using Device::rxErrorsInc;
 

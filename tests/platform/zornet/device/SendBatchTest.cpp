@@ -74,6 +74,28 @@ TEST_F( SendBatchTest, RefusesWhatDoesNotFitAndKeepsTheRest ) {
     EXPECT_EQ( batch.oldestSender(), 2U );
 }
 
+/// The place where the region was left early once is an ordinary place the next time round.
+TEST_F( SendBatchTest, SmallFramesGoOnWhereALargeOneTurnedBack ) {
+    SendBatch batch;
+    Frame const large( 1514 );
+    U64 in = 0;
+    while ( batch.push( in, large ) ) {
+        ++in;
+    }
+    U64 const perRound = in;
+    batch.pop( perRound - 1 );
+    batch.push( in++, large ); // turns back
+    batch.pop( 1 );
+    for ( U64 i = 1; i < perRound; ++i ) {
+        batch.push( in++, large );
+    }
+    batch.push( in++, frameOf( 46, 1 ) );
+    batch.push( in++, frameOf( 46, 2 ) );
+    for ( U64 out = perRound; out < in; ++out, batch.pop( 1 ) ) {
+        ASSERT_EQ( batch.oldestSender(), out );
+    }
+}
+
 /// Frames of all sizes go round the region many times, at every depth.
 TEST_F( SendBatchTest, KeepsOrderAndBytesRoundAndRound ) {
     SendBatch batch;
