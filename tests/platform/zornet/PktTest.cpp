@@ -58,6 +58,15 @@ TEST_F( PktTest, HeadDataWithoutHeadRoomMovesTheData ) {
     EXPECT_EQ( frame(), "aabb0102030405" );
 }
 
+TEST_F( PktTest, BufferThatIsTooSmallGrowsByWhatIsAskedFor ) {
+    fill( "0102030405" );
+    pkt_->delSharedTailData( 3 );
+    pkt_->newSharedHeadData( 2 );
+    EXPECT_EQ( pkt_->sharedBuffer()->size(), 7U );
+    EXPECT_EQ( pkt_->bytes(), 4U );
+    EXPECT_TRUE( pkt_->sharedBuffer()->hasHeadRoom( 3 ) );
+}
+
 TEST_F( PktTest, HeadDataIntoHeadRoomMovesNothing ) {
     fill( "0102030405060708" );
     U8* const payload = pkt_->front() + 4;
@@ -224,6 +233,13 @@ TEST_F( PktDeathTest, BoundsAreComparedInSixteenBits ) {
     EXPECT_DEATH( pkt_->beginOffsetIs( 14 ), assertionText( "checkOffsetBounds()" ) );
 }
 
+TEST_F( PktTest, OffsetsAreSummedInSixteenBits ) {
+    fill( "0102030405" );
+    pkt_->endOffsetIs( 1 );
+    pkt_->beginOffsetInc( -1 );
+    EXPECT_EQ( pkt_->beginOffset(), 0xffff );
+}
+
 TEST_F( PktDeathTest, TailDataMustFitTheBuffer ) {
     fill( "0102030405" );
     EXPECT_DEATH(
@@ -259,6 +275,7 @@ TEST_F( PktDeathTest, SharedDataNeedsABuffer ) {
     EXPECT_DEATH( bare->delSharedHeadData( 1 ), assertionText( "sharedBuffer_ != 0" ) );
     EXPECT_DEATH( bare->newSharedTailData( 1 ), assertionText( "sharedBuffer_ != 0" ) );
     EXPECT_DEATH( bare->delSharedTailData( 1 ), assertionText( "sharedBuffer_ != 0" ) );
+    EXPECT_DEATH( bare->sharedBufferIs( nullptr ), assertionText( "sharedBuffer_ != 0" ) );
 }
 
 TEST_F( PktDeathTest, SharedDataNeedsARegionInUse ) {
