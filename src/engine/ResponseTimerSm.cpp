@@ -12,10 +12,12 @@ ResponseTimerSm::KivResponseDelay::KivResponseDelay(
 )
     : Lumo::TimerWheel::NotifieeConst( wheel ), timerSm_( timerSm ) {}
 
+/// What the machine sends and counts may lead somebody to remove it, so it is held until it is done.
 void
 ResponseTimerSm::KivResponseDelay::onTime() {
     if ( deliverable( Kiv::attrTime ) && timerSm_ ) {
-        timerSm_->handleResponseDelayTimer();
+        Ptr<ResponseTimerSm> const held( timerSm_ );
+        held->handleResponseDelayTimer();
     }
 }
 

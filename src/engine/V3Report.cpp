@@ -81,7 +81,11 @@ closeReportPkt(
 }
 
 void
-fillV3ReportGroupRecord( Ptr<Zornet::Pkt> const& pkt, U8 recordType, Zornet::IpAddr const& group, Ptr<IgmpV3HostGroupSourceList> const& sources, Ptr<IgmpV3ReportProcessInfo> const& reportInfo, Ptr<IgmpHost> const& ) {
+fillV3ReportGroupRecord(
+    Ptr<Zornet::Pkt> const& pkt, U8 recordType, Zornet::IpAddr const& group,
+    Ptr<IgmpV3HostGroupSourceList> const& sources, Ptr<IgmpV3ReportProcessInfo> const& reportInfo,
+    Ptr<IgmpHost> const& /*igmpHost*/
+) {
     U32 const room = pkt->offsetBytes();
     if ( room < leastRecordRoom ) {
         reportInfo->recordCompleteIs( false );

@@ -28,12 +28,14 @@ V3ReportTimerSm::mayTransmit() const {
     return true;
 }
 
+/// The host may be disabled, or be gone, when this returns.
 bool
 V3ReportTimerSm::transmit( Ptr<Zornet::Pkt> const& pkt, IgmpV3ReportProcessInfo const& reportInfo ) const {
-    if ( !igmpHostSm_->txPam() || reportInfo.numGroups() == 0 || !isVersion3() ) {
+    Ptr<Zornet::EthDevPam> const pam = igmpHostSm_->txPam();
+    if ( !pam || reportInfo.numGroups() == 0 || !isVersion3() ) {
         return false;
     }
-    igmpHostSm_->txPam()->txPktIs( pkt );
+    pam->txPktIs( pkt );
     return true;
 }
 

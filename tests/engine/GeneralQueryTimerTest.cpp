@@ -564,6 +564,17 @@ TEST_P( PeriodicGeneralQueryTimer, DelayAtVersion2TouchesNoReports ) {
     EXPECT_EQ( state(), pending );
 }
 
+TEST_P( PeriodicGeneralQueryTimer, EndOfAnAnswerAtVersion2BeginsNoWait ) {
+    status().igmpVersionIs( igmpVersion2 );
+    settle();
+    general().doSetTimer( 3.0 );
+    general().doSetTimer( Kiv::never );
+    EXPECT_FALSE( waits() );
+    EXPECT_EQ( state(), idle );
+    EXPECT_EQ( remaining(), Kiv::never );
+    EXPECT_TRUE( continues() );
+}
+
 TEST_P( PeriodicGeneralQueryTimer, WaitEndsWithoutReportsWherePeriodicReportingHasEnded ) {
     query( 0.1 );
     runFor( 50.0 );

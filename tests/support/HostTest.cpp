@@ -4,6 +4,7 @@
 
 #include "platform/zornet/EthHdr.h"
 #include "platform/zornet/IgmpReportGroupRecordHeader.h"
+#include "platform/zornet/IgmpV3QueryHdr.h"
 #include "platform/zornet/IgmpV3ReportHdr.h"
 #include "platform/zornet/IpHdr.h"
 
@@ -12,6 +13,7 @@ namespace Support {
 namespace {
 
 using Zornet::U16;
+using Zornet::U32;
 using Zornet::U8;
 
 char const*
@@ -36,6 +38,20 @@ describeRecords( std::ostream& out, Zornet::IgmpV3ReportHdr const* report ) {
     }
 }
 
+void
+describeQuery( std::ostream& out, Zornet::IgmpV12Hdr const* query, U32 bytes ) {
+    bool const isV3 = bytes >= sizeof( Zornet::IgmpV3QueryHdr );
+    out << ( isV3 ? "v3query " : "query " ) << query->groupAddress();
+    if ( isV3 ) {
+        auto const* const v3 = static_cast<Zornet::IgmpV3QueryHdr const*>( query );
+        out << " {";
+        for ( U16 i = 0; i < v3->numSources(); ++i ) {
+            out << ( i == 0 ? "" : " " ) << v3->source( i );
+        }
+        out << '}';
+    }
+}
+
 } // namespace
 
 std::string
@@ -47,6 +63,7 @@ describe( Bytes const& frame ) {
     auto const* const igmp = reinterpret_cast<U8 const*>( ip ) + ip->headerBytes();
     auto const* const v12 = reinterpret_cast<Zornet::IgmpV12Hdr const*>( igmp );
     switch ( v12->messageType() ) {
+    case Zornet::IgmpMessageType::membershipQuery: describeQuery( out, v12, ip->payloadLen() ); break;
     case Zornet::IgmpMessageType::v1MembershipReport: out << "v1report " << v12->groupAddress(); break;
     case Zornet::IgmpMessageType::v2MembershipReport: out << "v2report " << v12->groupAddress(); break;
     case Zornet::IgmpMessageType::v2LeaveGroup:

@@ -26,7 +26,8 @@ struct SentFrame {
     Bytes bytes;
 };
 
-/// The same in words: "v2report 239.1.1.1", "leave 239.1.1.1 to 224.0.0.2", "v3report TO_EX 239.1.1.1 {}, …".
+/// The same in words: "v2report 239.1.1.1", "leave 239.1.1.1 to 224.0.0.2", "v3report TO_EX 239.1.1.1 {}, …",
+/// "query 0.0.0.0", "v3query 239.1.1.1 {10.9.9.1}".
 std::string describe( Bytes const& frame );
 
 /// A device without a wire: keeps what it is given to send, hears what the test says.
