@@ -60,7 +60,7 @@ Bench::Bench( DemoOptions const& options ) : options_( options ) {
 
 Kiv::Ptr<Zornet::EthDevPam>
 Bench::routerPam() {
-    Kiv::Ptr<Zornet::EthDevPam> const pam = Zornet::EthDevPamIs( "router" );
+    Kiv::Ptr<Zornet::EthDevPam> pam = Zornet::EthDevPamIs( "router" );
     pam->deviceOpenIs( true );
     return pam;
 }
@@ -127,7 +127,7 @@ demo( DemoOptions const& options ) {
     bench.run();
     DemoReport const report = bench.report();
     report.print( std::cout );
-    return report.agrees() ? exitDone : exitFailed;
+    return report.exitStatus();
 }
 
 } // namespace Agent

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/ExitStatus.h"
 #include "agent/Membership.h"
 #include "agent/StatusTotals.h"
 
@@ -20,6 +21,7 @@ class DemoReport {
 
     /// True where every querier has learned what is configured.
     bool agrees() const { return differences_.empty(); }
+    ExitStatus exitStatus() const { return agrees() ? exitDone : exitFailed; }
     void print( std::ostream& out ) const;
 
   private:

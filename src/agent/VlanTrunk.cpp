@@ -1,7 +1,6 @@
 #include "agent/VlanTrunk.h"
 
 #include <deque>
-#include <utility>
 
 #include "vlan/VlanTag.h"
 
@@ -32,7 +31,7 @@ class VlanTrunk::VlanPort : public Zornet::Pam {
     }
     void doGetRxPkt() override {
         if ( !received_.empty() ) {
-            rxPktHolderIs( std::move( received_.front() ) );
+            rxPktHolderIs( received_.front() );
             received_.pop_front();
         }
     }

@@ -40,12 +40,14 @@ class DemoReportTest : public Support::SimulatedTest {
 TEST_F( DemoReportTest, AgreesWhereTheQuerierHasLearnedWhatIsConfigured ) {
     report_.querierIs( querier_, { { G, everything } }, "" );
     EXPECT_TRUE( report_.agrees() );
+    EXPECT_EQ( report_.exitStatus(), 0 );
     EXPECT_THAT( told(), HasSubstr( "The querier has learned exactly what is configured.\n" ) );
 }
 
 TEST_F( DemoReportTest, DiffersWhereAGroupIsMissing ) {
     report_.querierIs( querier_, { { G, everything }, { H, everything } }, "" );
     EXPECT_FALSE( report_.agrees() );
+    EXPECT_EQ( report_.exitStatus(), 1 );
     EXPECT_THAT( told(), HasSubstr( "239.1.1.2: configured is EXCLUDE {}, learned is nothing\n" ) );
 }
 

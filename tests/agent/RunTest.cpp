@@ -144,7 +144,8 @@ TEST_F( Run, WarningsAreToldAndTheRunGoesOn ) {
 }
 
 TEST_F( Run, StatusThatCannotBeWrittenIsToldBeforeAnythingBegins ) {
-    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "none/status" ) } );
+    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "none/status" ), "--duration", "0.01" }
+    );
     EXPECT_EQ( agent.exitStatus(), 1 );
     EXPECT_EQ(
         agent.written( AgentProcess::errors ),
