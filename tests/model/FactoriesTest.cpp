@@ -30,9 +30,8 @@ class RootWatcher : public Kiv::Entity::NotifieeConst {
     explicit RootWatcher( Ptr<IgmpHostTestAgentRoot> const& root ) : NotifieeConst( root ) {
         isRegisteredNotifieeIs( true );
     }
-    void onParent() override { ++told; }
-    void onVersion() override { ++told; }
-    void onAttribute( AttributeId ) override { ++told; }
+    bool isGeneric() const override { return true; }
+    void onChange( AttributeId, std::any const& ) override { ++told; }
 
     int told = 0;
 };

@@ -59,7 +59,13 @@ class Entity : public PtrInterface {
     template <class N, class... Args>
     void notify( AttributeId id, void ( N::*callback )( Args... ), std::type_identity_t<Args>... args ) {
         if ( hasNotifiees() ) {
-            notifyAll( id, [&]( Reactor& reactor ) { ( static_cast<N&>( reactor ).*callback )( args... ); } );
+            notifyAll( id, [&]( Reactor& reactor ) {
+                if ( reactor.isGeneric() ) {
+                    reactor.onChange( id, changedKey( args... ) );
+                } else {
+                    ( static_cast<N&>( reactor ).*callback )( args... );
+                }
+            } );
         }
     }
     void modificationCountInc() { ++modificationCount_; }
@@ -118,6 +124,12 @@ class Entity : public PtrInterface {
     }
 
   private:
+    static std::any changedKey() { return {}; }
+    static std::any changedKey( AttributeId ) { return {}; } // a callback shared by scalars
+    template <class K>
+    static std::any changedKey( K const& key ) {
+        return key;
+    }
     void notifyAll( AttributeId id, FunctionRef<void( Reactor& )> call );
     void link( Reactor* reactor );
     void unlink( Reactor* reactor );

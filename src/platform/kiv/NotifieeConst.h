@@ -1,5 +1,6 @@
 #pragma once
 
+#include <any>
 #include <span>
 
 #include "platform/kiv/Activity.h"
@@ -63,6 +64,11 @@ class PtrInterface::NotifieeConst : public PtrInterface {
     /// True for a replication stream adapter, which is told before every other reactor.
     virtual bool isStreamAdapter() const { return false; }
     virtual Name name() const { return {}; }
+    /// True for a reactor on the attributes of any class: it is told through onChange(), inline, in place of
+    /// the callbacks that a class declares.
+    virtual bool isGeneric() const { return false; }
+    /// `key` is that of a collection's member, and empty for any other attribute.
+    virtual void onChange( AttributeId, std::any const& /* key */ ) {}
 
     /// Hooks that a runtime may call; the base forms do nothing.
     virtual void kivAuditErrors( unsigned int ) {}

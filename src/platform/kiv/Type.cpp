@@ -31,6 +31,28 @@ Type::attributes() const {
     return declaration_.attributes ? declaration_.attributes() : std::span<Attribute const>();
 }
 
+std::vector<Attribute const*>
+Type::rows() const {
+    std::vector<Attribute const*> all;
+    for ( Type const* at = this; at; at = at->base() ) {
+        if ( at->keyRow() ) {
+            all.push_back( at->keyRow() );
+        }
+        for ( Attribute const& own : at->attributes() ) {
+            all.push_back( &own );
+        }
+    }
+    return all;
+}
+
+Attribute const*
+Type::row( AttributeId id ) const {
+    std::vector<Attribute const*> const all = rows();
+    auto const at =
+        std::find_if( all.begin(), all.end(), [id]( Attribute const* one ) { return one->id == id; } );
+    return at == all.end() ? nullptr : *at;
+}
+
 bool
 Type::isA( Type const* other ) const {
     for ( Type const* at = this; at; at = at->base() ) {

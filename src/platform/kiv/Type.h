@@ -71,6 +71,10 @@ class Type : public PtrInterface {
     std::span<Attribute const> attributes() const;
     /// The row of the key in a collection, or null.
     Attribute const* keyRow() const { return declaration_.key.name ? &declaration_.key : nullptr; }
+    /// Every row, the key's first and those of the base types last.
+    std::vector<Attribute const*> rows() const;
+    /// The row of that number, or null.
+    Attribute const* row( AttributeId id ) const;
     bool isA( Type const* other ) const;
 
     /// Enters the record under its name. The order of entry is kept.
