@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "agent/Demo.h"
+#include "agent/Model.h"
 #include "agent/Run.h"
 
 namespace Agent {
@@ -118,10 +119,15 @@ parseAndDo( CLI::App& app, int argc, char** argv ) {
     RunOptions runOptions;
     CLI::App const& demoCommand = addDemo( app, demoOptions );
     addRun( app, runOptions );
+    CLI::App const& modelCommand =
+        *app.add_subcommand( "model", "Print every type of the library with its attributes" );
     try {
         app.parse( argc, argv );
     } catch ( CLI::ParseError const& fault ) {
         return app.exit( fault ) == 0 ? exitDone : exitWrongUsage;
+    }
+    if ( modelCommand.parsed() ) {
+        return model();
     }
     return demoCommand.parsed() ? demo( demoOptions ) : run( runOptions );
 }
