@@ -9,13 +9,13 @@
 namespace {
 
 using namespace Igmp;
-using Zornet::IpAddr;
 using Support::describe;
 using ::testing::DoubleNear;
 using ::testing::ElementsAre;
 using ::testing::FieldsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
+using Zornet::IpAddr;
 
 /// The clock's tick, a few times: a turn at one instant may move it on.
 constexpr Kiv::Seconds tolerance = 4e-6;
