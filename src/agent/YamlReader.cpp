@@ -92,14 +92,15 @@ YamlReader::readMap(
 bool
 YamlReader::checkKey( YamlField const& field, KeySet const& keys ) {
     if ( !field.value.IsScalar() ) {
-        error( field.at, std::string( "expected a key of " ) + keys.what + ", found " + foundAt( field.value ) );
+        error(
+            field.at, std::string( "expected a key of " ) + keys.what + ", found " + foundAt( field.value )
+        );
         return false;
     }
     bool const isKnown = std::find( keys.known.begin(), keys.known.end(), field.key ) != keys.known.end();
     if ( !isKnown ) {
         error(
-            field.at,
-            "unknown key '" + field.key + "' in " + keys.what + suggestion( field.key, keys.known )
+            field.at, "unknown key '" + field.key + "' in " + keys.what + suggestion( field.key, keys.known )
         );
     }
     return isKnown;
