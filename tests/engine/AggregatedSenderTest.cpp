@@ -271,6 +271,12 @@ TEST_P( AggregatedSender, EditOfTheModeThatIsNotRaisedTurnsASourceChangeOver ) {
     EXPECT_THAT( takeRecords(), ElementsAre( "BLOCK 232.1.1.1 {10.9.9.1}" ) );
 }
 
+TEST_P( AggregatedSender, GroupOutsideOfMulticastIsReportedAsItStands ) {
+    enable( igmpVersion3 );
+    exclude( "10.1.2.3" );
+    EXPECT_THAT( takeRecords(), ElementsAre( "TO_EX 10.1.2.3 {}" ) );
+}
+
 // Little room.
 
 TEST_P( AggregatedSender, RecordTooLongForTheRemainderEndsTheWalk ) {

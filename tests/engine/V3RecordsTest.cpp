@@ -343,6 +343,22 @@ TEST_F( V3ReportPacket, ServesOneReportAfterAnother ) {
     );
 }
 
+TEST_F( V3ReportPacket, HoldsARecordAsLongAsTheLongestFrame ) {
+    host().mtuIs( 65535 );
+    enable( igmpVersion3 );
+    auto const sources = igmpV3HostGroupSourceListFactory();
+    for ( U32 i = 0; i < 16'380; ++i ) {
+        sources->sourceIpIs( IpAddr::fromHost( 0x0a000000 + i ), 1 );
+    }
+    auto const pkt = openReportPkt( sm() );
+    fillV3ReportGroupRecord( pkt, 1, IpAddr( G ), sources, info, Ptr<IgmpHost>( &host() ) );
+    close();
+    EXPECT_FALSE( info->recordComplete() );
+    EXPECT_EQ( pkt->bytes(), 46U + 8 + 4 * 16'370 );
+    EXPECT_EQ( bytes()[48] << 8 | bytes()[49], 16'370 );
+    EXPECT_EQ( bytes()[16] << 8 | bytes()[17], static_cast<int>( pkt->bytes() ) - 14 );
+}
+
 // What a group owes.
 
 class V3GroupRecords : public V3ReportPacket {

@@ -40,7 +40,8 @@ std::ostream& operator<<( std::ostream& out, V3ModelShape const& shape );
 
 /// One random case on one simulated wire: hosts whose groups change at random while a querier asks and frames
 /// are lost, then silence for as long as the querier needs. What it would forward must then be what some host
-/// is configured to want, for each group and source.
+/// is configured to want, for each group and source. Where one host is alone and loses nothing any more, that
+/// holds after each further change as soon as the querier's last queries have ended.
 ///
 /// Kept out is what the engine does on purpose and no querier can get right: records that no packet holds,
 /// since their host stalls; periodic reports, since they starve later groups; and exclude records that are
@@ -77,7 +78,8 @@ class V3ModelCase {
     void rewrite( Igmp::IgmpV3GroupRecord& record );
     void toggle( Igmp::IgmpV3GroupRecord& record );
     void finish( Igmp::IgmpV3GroupRecord& record );
-    bool makeChanges();
+    void makeChanges();
+    void awaitReports();
     bool anyoneOwes() const;
     std::vector<std::string> differences() const;
     bool isWanted( IpAddr const& ofGroup, IpAddr const& fromSource ) const;
