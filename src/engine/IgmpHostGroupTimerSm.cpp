@@ -70,7 +70,7 @@ IgmpHostGroupTimerSm::cancelResponse( bool periodic ) {
         state = timerRunning;
     } else if ( periodic ) {
         KIV_TRACE( igmpHostTrace, traceDetail ) << "Enabling unsolicited report generation";
-        IgmpHostStatus* const status = igmpHostSm_->igmpHostStatus();
+        Ptr<IgmpHostStatus> const status = igmpHostSm_->igmpHostStatus();
         waitForQueryInterval_ = false;
         status->continueUnsolicitedReportIs( true );
         deadline = Kiv::now() + status->unsolicitedReportInterval();
@@ -79,22 +79,26 @@ IgmpHostGroupTimerSm::cancelResponse( bool periodic ) {
     timerIs( deadline, state );
 }
 
-/// The rearming comes before the report and asks for periodic reporting in whatever version is in force.
+/// The rearming comes before the report and asks for periodic reporting in whatever version is in force. Who
+/// hears of the stream meanwhile may remove the group, the host or its status.
 void
 IgmpHostGroupTimerSm::handleResponseDelayTimer() {
     if ( !initialized() ) {
         return;
     }
+    Ptr<IgmpHostSm> const hostSm( igmpHostSm_ );
     KIV_TRACE( igmpHostTrace, traceAction )
-        << "Host " << igmpHostSm_->name() << " response delay timer expired for group " << group_;
-    if ( !igmpHostSm_->igmpHostStatus()->enablePeriodicReport() ) {
+        << "Host " << hostSm->name() << " response delay timer expired for group " << group_;
+    if ( !hostSm->igmpHostStatus()->enablePeriodicReport() ) {
         doSetTimer( Kiv::never );
     } else if ( waitForQueryInterval_ ) {
         doSetTimer( queryInterval_ );
     } else {
-        doSetTimer( igmpHostSm_->igmpHost()->unsolicitedReportInterval() );
+        doSetTimer( hostSm->igmpHost()->unsolicitedReportInterval() );
     }
-    igmpHostSm_->doGroupTimerExpired( group_ );
+    if ( hostSm->groupTimerSm( group_ ).get() == this ) {
+        hostSm->doGroupTimerExpired( group_ );
+    }
 }
 
 } // namespace Igmp

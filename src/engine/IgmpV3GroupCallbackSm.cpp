@@ -81,7 +81,8 @@ IgmpV3GroupCallbackSm::processGroupChange() {
         return;
     }
     Kiv::invariant( igmpHostSm_ != nullptr, "igmpHostSm()" );
-    igmpHostSm_->handleV3Group( mcastAddr_ );
+    Ptr<IgmpHostSm> const held( igmpHostSm_ ); // whoever is told of a report may remove the host
+    held->handleV3Group( mcastAddr_ );
 }
 
 } // namespace Igmp

@@ -63,16 +63,17 @@ patchIgmpHeader( Zornet::IgmpV12Hdr& hdr, IgmpMessageType type, Zornet::IpAddr c
 
 void
 sendV12Report( IgmpHostSm* sm, Zornet::IpAddr group ) {
-    if ( sm->igmpHostStatus()->igmpVersion() == igmpVersion3 ) {
+    Ptr<IgmpHostStatus> const status = sm->igmpHostStatus(); // it may go while the report is sent
+    if ( !status || status->igmpVersion() == igmpVersion3 ) {
         return;
     }
     bool const asV1 = v1QuerierSeenRecently( sm ) || sm->igmpHost()->igmpVersion() == igmpVersion1;
     auto const type = asV1 ? IgmpMessageType::v1MembershipReport : IgmpMessageType::v2MembershipReport;
     sendV12ReportLeaveCommon( sm, sm->v2ReportPkt(), group, type, group );
     if ( asV1 ) {
-        sm->igmpHostStatus()->v1ReportsSentInc( 1 );
+        status->v1ReportsSentInc( 1 );
     } else {
-        sm->igmpHostStatus()->v2ReportsSentInc( 1 );
+        status->v2ReportsSentInc( 1 );
     }
 }
 
@@ -98,7 +99,8 @@ sendV12ReportLeaveCommon(
     auto* const igmp = headerAt<Zornet::IgmpV12Hdr>( *pkt, sm->offsetIgmpReportHeader() );
     patchIgmpHeader( *igmp, type, group );
     KIV_TRACE( igmpHostTrace, traceAction ) << "IgmpHost " << sm->name() << " sending " << *igmp;
-    sm->txPam()->txPktIs( pkt );
+    Ptr<Zornet::EthDevPam> const pam = sm->txPam();
+    pam->txPktIs( pkt );
 }
 
 bool

@@ -3,6 +3,8 @@
 
 #include "engine/IgmpHostGroupTimerSm.h"
 
+#include <functional>
+
 #include "platform/kiv/Exception.h"
 #include "tests/engine/EngineTest.h"
 #include "tests/support/FedPam.h"
@@ -403,6 +405,66 @@ TEST_F( GroupTimerInline, GroupMayGoWhileItsReportIsSent ) {
     runFor( 1.0 );
     EXPECT_FALSE( hasTimer() );
     EXPECT_THAT( pam->sent, SizeIs( 2 ) ); // the report and the leave
+}
+
+// A change of configuration in the turn of an expiry.
+
+/// Somebody else's timer on the same wheel.
+class Action : public Lumo::TimerWheel::NotifieeConst {
+  public:
+    Action( Kiv::Ptr<Lumo::TimerWheel> const& wheel, std::function<void()> const& what )
+        : NotifieeConst( wheel ), what_( what ) {
+        isRegisteredNotifieeIs( true );
+    }
+    ~Action() override { unlink(); }
+    void onTime() override { what_(); }
+
+  private:
+    std::function<void()> what_;
+};
+
+class ExpiryBeforeAChange : public EngineTest {
+  protected:
+    explicit ExpiryBeforeAChange( Delivery delivery = Delivery::isInline ) : EngineTest( delivery ) {
+        joinAndRest();
+        timer().doSetTimer( 1.0 );
+    }
+    /// Runs to the instant at which the group's timer fires and then `what` happens.
+    void runWith( std::function<void()> const& what ) {
+        Kiv::Ptr<Action> const action( new Action( wheel(), what ) );
+        action->timeMinIs( Kiv::now() + 1.0 );
+        runFor( 2.0 );
+    }
+    void disable() {
+        runWith( [this] { host().enabledIs( false ); } );
+    }
+    void remove() {
+        runWith( [this] { host().v3groupDel( IpAddr( G ) ); } );
+    }
+};
+
+TEST_F( ExpiryBeforeAChange, DisablingFollowsTheReport ) {
+    disable();
+    EXPECT_THAT( takeSent(), ElementsAre( "v2report 239.1.1.1" ) );
+    EXPECT_FALSE( sm().enabled() );
+}
+
+TEST_F( ExpiryBeforeAChange, RemovalFollowsTheReport ) {
+    remove();
+    EXPECT_THAT( takeSent(), ElementsAre( "v2report 239.1.1.1", "leave 239.1.1.1 to 224.0.0.2" ) );
+}
+
+class DeferredExpiryDeathTest : public ExpiryBeforeAChange {
+  protected:
+    DeferredExpiryDeathTest() : ExpiryBeforeAChange( Delivery::isDeferred ) {}
+};
+
+TEST_F( DeferredExpiryDeathTest, DisablingInTheTurnOfAnExpiry ) {
+    EXPECT_DEATH( disable(), "assertion failed: igmpHost\\(\\)->enabled\\(\\)\n" );
+}
+
+TEST_F( DeferredExpiryDeathTest, RemovalInTheTurnOfAnExpiry ) {
+    EXPECT_DEATH( remove(), "assertion failed: igmpHost\\(\\)->v3group\\( group \\)\n" );
 }
 
 // What ends the process.

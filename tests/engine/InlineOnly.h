@@ -11,6 +11,9 @@
 /// - GoldenTimelines: configuring a host in one go counts as a change of everything, which runs the enable
 ///   sequence again and draws other delays.
 /// - VersionsInline: the watcher of the version in force must hear of each value that stands for an instant.
+/// - UnsolicitedInline: the order of two changes of a status decides; told together, they come in the order
+/// of
+///   the callbacks.
 /// - GroupTimerInline, MembershipInline: they look at the machine from inside a send, between two of its
 ///   steps, or remove there what it works on.
 /// - LifecycleInline, BoundReactors: they look at the machine from inside a sequence, step by step, or call
@@ -19,18 +22,14 @@
 /// - HostOnItsOwnActivity: another activity than the default one holds notifications back.
 /// - PeriodicSenderInline: the change of `continueUnsolicitedReport` is told before the interval that follows
 ///   it in the enable sequence.
+/// - Reentry: deferred, nobody is told of anything inside a handler.
 /// - the death tests: one delivery is enough to die under.
 ///
 /// Need no delivery, because nothing in them is notified: V3GroupState, V3Record and the like,
 /// V3GroupRecords, GroupReplication (its machines are in HostReplication).
 ///
-/// End the process under deferred delivery, though not under inline:
+/// End the process under deferred delivery, though not under inline, because an expiry is told before the
+/// change that was made after it in the same turn (DeferredExpiryDeathTest):
 ///
-/// - two hosts that come or go within one delivery while any host has a machine: "igmpHostSms() == 0". The
-///   root is told of both as one, which stands for a first sweep.
-///
-/// and, because the machine has not been told of the change when the timer fires:
-///
-/// - a host that is disabled from within the expiry of a timer, while a group timer of the same host expires
-///   in the same turn: "igmpHost()->enabled()".
-/// - a group whose record is removed in that way: "igmpHost()->v3group( group )".
+/// - a host that is disabled in the turn in which a group timer of its expires: "igmpHost()->enabled()".
+/// - a group that is removed in the turn in which its timer expires: "igmpHost()->v3group( group )".

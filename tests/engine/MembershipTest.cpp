@@ -316,6 +316,15 @@ TEST_P( Membership, FallBackFindsTheGroupJoinedAndDoesNotJoinAfresh ) {
     EXPECT_THAT( takeSent(), ElementsAre( "leave 239.1.1.1 to 224.0.0.2" ) );
 }
 
+TEST_P( Membership, RepeatOfAVersion3JoinSpeaksAfterAFallBack ) {
+    enable( igmpVersion3 );
+    exclude( G );
+    sent().clear();
+    hearQuery( 100, unknownGroup );
+    runFor( 10.0 );
+    EXPECT_THAT( takeSent(), ElementsAre( "v2report 239.1.1.1" ) );
+}
+
 TEST_P( Membership, BlockedHostCountsAsJoined ) {
     enable();
     host().blockedIs( true );

@@ -103,7 +103,7 @@ TEST_P( Queries, QueryOf12BytesOrMoreIsNotRemembered ) {
 }
 
 TEST_P( Queries, SizesBetweenTheVersionsAreRemembered ) {
-    for ( std::size_t const size : { 8, 9, 10, 11 } ) {
+    for ( std::size_t const size : { 8U, 9U, 10U, 11U } ) {
         joinAndRest();
         hearQueryOfSize( size, 0 );
         EXPECT_DOUBLE_EQ( v1Hold(), 400.0 ) << size;
@@ -476,7 +476,7 @@ TEST_P( Queries, GroupQueryOfTheOldFormForAnUnknownGroupAtAHostHeldAtVersion3Cou
 }
 
 TEST_P( Queries, SizesBetweenTheVersionsTakeTheOldPathOnly ) {
-    for ( std::size_t const size : { 9, 10, 11 } ) {
+    for ( std::size_t const size : { 9U, 10U, 11U } ) {
         joinAndRestForced( igmpVersion3 );
         auto const before = changes();
         hearQueryOfSize( size, 100 );

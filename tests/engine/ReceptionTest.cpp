@@ -431,7 +431,7 @@ TEST_P( Reception, Version3ReportIsCountedAndNothingElse ) {
 
 TEST_P( Reception, Version3ReportOfAnyLengthIsCounted ) {
     Zornet::U32 expected = 0;
-    for ( std::size_t const bytes : { 4, 5, 7, 8, 15, 16, 1000 } ) {
+    for ( std::size_t const bytes : { 4U, 5U, 7U, 8U, 15U, 16U, 1000U } ) {
         arrive( frameOf( message( 0x22, bytes ) ) );
         EXPECT_EQ( status().v3ReportReceived(), ++expected ) << bytes;
     }
@@ -503,6 +503,16 @@ TEST_P( Reception, OneSignalReadsOnePacket ) {
     arrive( queryFrame() );
     EXPECT_EQ( status().v2GeneralQueryReceived(), 1U );
     EXPECT_EQ( pam->waiting(), 1U );
+}
+
+TEST_P( Reception, FirstBindingReadsNothing ) {
+    Kiv::Ptr<FedPam> const waiting( new FedPam );
+    waiting->place( Support::tightPkt( queryFrame() ) );
+    host().pamIs( nullptr );
+    settle();
+    host().pamIs( waiting );
+    settle();
+    EXPECT_EQ( waiting->waiting(), 1U );
 }
 
 TEST_P( Reception, MovingToAnotherAccessObjectReadsOnePacket ) {
@@ -585,6 +595,7 @@ TEST_P( Reception, BlockedVlanHostKeepsOnlyTheNewestFrame ) {
     settle();
     EXPECT_EQ( status( "second" ).v2GeneralQueryReceived(), 1U );
     EXPECT_EQ( sm( "second" ).rxPam()->rxPkt(), nullptr );
+    dirSm->multiplexerDir( {} )->vlanPamDelAll(); // it and its channel hold each other
 }
 
 // What the switches leave running.

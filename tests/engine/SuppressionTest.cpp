@@ -50,10 +50,13 @@ TEST_P( Suppression, ReportWhileNothingIsPendingClearsLastReporterAlone ) {
     EXPECT_THAT( before.list(), ElementsAre( "v12ReportReceived=1" ) );
 }
 
-TEST_P( Suppression, ReportForAGroupThatIsNotJoinedClearsLastReporterToo ) {
+TEST_P( Suppression, ReportForAGroupThatIsNotJoinedActsAsWell ) {
     enable();
     include( G, {} );
+    hearQuery( 100, G );
+    ASSERT_EQ( timer().responseDelayTimerState(), pending );
     hearReport( G );
+    EXPECT_EQ( timer().responseDelayTimerState(), idle );
     EXPECT_FALSE( timer().lastReporter() );
 }
 

@@ -131,6 +131,15 @@ TEST_P( Unsolicited, WriteOfTheVersionThatIsInForceAlreadyKeepsTheInterval ) {
     EXPECT_EQ( interval(), 1.0 );
 }
 
+TEST_P( Unsolicited, AdoptedStatusOfTheSameVersionKeepsItsInterval ) {
+    auto const adopted = statusDir->igmpHostStatusIs( "host" );
+    adopted->igmpVersionIs( igmpVersion3 );
+    adopted->unsolicitedReportIntervalIs( 7.0 );
+    enable( igmpVersion3 );
+    EXPECT_EQ( &status(), adopted.get() );
+    EXPECT_EQ( interval(), 7.0 );
+}
+
 TEST_P( Unsolicited, RequestAtADisabledHostDoesNothing ) {
     enable();
     auto const kept = Kiv::Ptr<IgmpHostStatus>( &status() );
@@ -228,6 +237,39 @@ TEST_P( Unsolicited, StreamOfADisabledHostIsNoMatter ) {
     settle();
     EXPECT_EQ( sm().aggregatedSenderSm(), nullptr );
     EXPECT_EQ( wheel()->armedTimers(), 0U );
+}
+
+// Which interval the sender is armed with, where both change.
+
+class UnsolicitedInline : public EngineTest {
+  protected:
+    Kiv::Seconds senderRemaining() { return sm().aggregatedSenderSm()->responseDelayRemaining(); }
+};
+
+TEST_F( UnsolicitedInline, EnablingArmsTheSenderBeforeTheVersionBringsItsInterval ) {
+    host().enablePeriodicReportIs( true );
+    enable( igmpVersion3 );
+    EXPECT_EQ( status().unsolicitedReportInterval(), 1.0 );
+    EXPECT_DOUBLE_EQ( senderRemaining(), 10.0 );
+}
+
+TEST_F( UnsolicitedInline, WriteOfTheVersionBringsItsIntervalBeforeTheSenderIsArmed ) {
+    enable();
+    host().enablePeriodicReportIs( true );
+    status().continueUnsolicitedReportIs( false );
+    host().igmpVersionIs( igmpVersion3 );
+    EXPECT_DOUBLE_EQ( senderRemaining(), 1.0 );
+}
+
+TEST_F( UnsolicitedInline, WriteOfTheForcedFlagArmsTheSenderFirst ) {
+    enable( igmpVersion3 );
+    host().enablePeriodicReportIs( true );
+    hearQuery( 100 );
+    status().unsolicitedReportIntervalIs( 7.0 );
+    status().continueUnsolicitedReportIs( false );
+    host().igmpVersionForcedIs( true );
+    EXPECT_EQ( status().unsolicitedReportInterval(), 1.0 );
+    EXPECT_DOUBLE_EQ( senderRemaining(), 7.0 );
 }
 
 // What ends unsolicited reports.

@@ -12,10 +12,16 @@ namespace {
 constexpr U32 leastV3QueryBytes = sizeof( Zornet::IgmpV3QueryHdr );
 constexpr U32 v2QueryBytes = sizeof( Zornet::IgmpV12Hdr );
 
+bool
+isAtVersion3( IgmpHostStatus const* status ) {
+    return status && status->igmpVersion() == igmpVersion3;
+}
+
 } // namespace
 
 /// Every query of any version. An 8-byte query at a host that is held at version 3 is answered on both paths
-/// and counted twice, on purpose.
+/// and counted twice, on purpose. Whoever is told of the version or of a count may disable the host; nothing
+/// more is done for the query then.
 void
 IgmpHostSm::handleV12Query( Zornet::IgmpV12Hdr* hdr, U32 size ) {
     Kiv::invariant( igmpHost()->enabled(), "igmpHost()->enabled()" );
@@ -25,14 +31,16 @@ IgmpHostSm::handleV12Query( Zornet::IgmpV12Hdr* hdr, U32 size ) {
     if ( size < leastV3QueryBytes ) {
         raiseRouterPresentTimer( hdr->maxResponseCode() );
         handleV2V3Compatibility();
-        if ( size == v2QueryBytes && igmpHostStatus()->igmpVersion() == igmpVersion3 ) {
+        if ( size == v2QueryBytes && isAtVersion3( igmpHostStatus() ) ) {
             handleV2QueryHeldAtV3( hdr );
         }
-    } else if ( igmpHostStatus()->igmpVersion() == igmpVersion3 ) {
+    } else if ( isAtVersion3( igmpHostStatus() ) ) {
         handleV3Query( hdr, size );
         return;
     }
-    answerAsV12( *hdr );
+    if ( igmpHostStatus() ) {
+        answerAsV12( *hdr );
+    }
 }
 
 /// Each query extends the memory of its querier from its own arrival, also to an earlier time than before.
@@ -48,6 +56,7 @@ IgmpHostSm::raiseRouterPresentTimer( U8 maxResp ) {
 /// The general counter rises for a group query too, on purpose.
 void
 IgmpHostSm::handleV3Query( Zornet::IgmpV12Hdr* hdr, U32 size ) {
+    Ptr<IgmpHostStatus> const status = igmpHostStatus();
     auto const* const query = static_cast<Zornet::IgmpV3QueryHdr const*>( hdr );
     Zornet::IpAddr const group = query->groupAddress();
     if ( query->messageBytes() != size ) {
@@ -64,9 +73,11 @@ IgmpHostSm::handleV3Query( Zornet::IgmpV12Hdr* hdr, U32 size ) {
             timer->processGroupQuerySources( query, size );
         }
     }
-    igmpHostStatus()->v3GeneralQueryReceivedInc( 1 );
-    auto const seconds = static_cast<U32>( query->maxResponseSeconds() );
-    maybeStartGroupTimerV3( this, group, seconds, query->queryIntervalSeconds() );
+    status->v3GeneralQueryReceivedInc( 1 );
+    if ( igmpHostStatus() ) {
+        auto const seconds = static_cast<U32>( query->maxResponseSeconds() );
+        maybeStartGroupTimerV3( this, group, seconds, query->queryIntervalSeconds() );
+    }
 }
 
 /// A group query of the old form has no sources to read, so it must not meet a group query timer.
@@ -79,7 +90,9 @@ IgmpHostSm::handleV2QueryHeldAtV3( Zornet::IgmpV12Hdr* hdr ) {
         timer->processGroupQuerySources( nullptr, 0 );
     }
     igmpHostStatus()->v2GeneralQueryReceivedInc( 1 );
-    maybeStartGroupTimerV3( this, group, static_cast<U32>( hdr->maxResponseSeconds() ), 0.0 );
+    if ( igmpHostStatus() ) {
+        maybeStartGroupTimerV3( this, group, static_cast<U32>( hdr->maxResponseSeconds() ), 0.0 );
+    }
 }
 
 /// A group query starts the timer of any record that exists, joined or not.
@@ -89,13 +102,13 @@ IgmpHostSm::answerAsV12( Zornet::IgmpV12Hdr const& hdr ) {
     U32 const maxResp = hdr.maxResponseCode();
     if ( !queried.isZero() ) {
         igmpHostStatus()->v2GroupQueryReceivedInc( 1 );
-        if ( igmpHost()->v3group( queried ) ) {
+        if ( igmpHostStatus() && igmpHost()->v3group( queried ) ) {
             maybeStartGroupTimer( this, queried, maxResp );
         }
         return;
     }
     igmpHostStatus()->v2GeneralQueryReceivedInc( 1 );
-    for ( auto at = igmpHost()->v3group().begin(); at; ++at ) {
+    for ( auto at = igmpHost()->v3group().begin(); at && igmpHostStatus(); ++at ) {
         if ( groupIsJoined( at.ptr() ) ) {
             maybeStartGroupTimer( this, at->multicastAddr(), maxResp );
         }

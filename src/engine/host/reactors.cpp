@@ -4,6 +4,17 @@
 
 namespace Igmp {
 
+namespace {
+
+/// Runs a handler of a machine that is held meanwhile: whoever is told of what it does may remove its host.
+void
+runHeld( IgmpHostSm* sm, void ( IgmpHostSm::*handler )() ) {
+    Ptr<IgmpHostSm> const held( sm );
+    ( sm->*handler )();
+}
+
+} // namespace
+
 IgmpHostSm::KivIgmpHost::KivIgmpHost( Ptr<IgmpHost> const& host, IgmpHostSm* sm )
     : Notifiee( host ), sm_( sm ) {}
 
@@ -13,7 +24,7 @@ IgmpHostSm::KivIgmpHost::run( std::initializer_list<void ( IgmpHostSm::* )()> ha
         if ( kivZombie() || !sm_ ) {
             return;
         }
-        ( sm_->*handler )();
+        runHeld( sm_, handler );
     }
 }
 
@@ -80,7 +91,8 @@ void
 IgmpHostSm::KivIgmpHost::onV3group( Zornet::IpAddr group ) {
     U8* const keyCount = pendingGroup_.store( group, pendingKeyCount_ );
     if ( !kivOnAttribute( IgmpHost::attrV3group, keyCount ) && !kivZombie() && sm_ ) {
-        sm_->handleV3Group( group );
+        Ptr<IgmpHostSm> const held( sm_ );
+        held->handleV3Group( group );
     }
 }
 
@@ -131,24 +143,24 @@ IgmpHostSm::KivIgmpHostStatus::notifierIs( Ptr<Kiv::PtrInterface const> const& n
     bool const differs = notifier.get() != notifierObject();
     Notifiee::notifierIs( notifier );
     if ( differs && notifier && !kivZombie() && sm_ ) {
-        sm_->handleContinueUnsolicitedReport();
+        runHeld( sm_, &IgmpHostSm::handleContinueUnsolicitedReport );
     }
     if ( differs && notifier && !kivZombie() && sm_ ) {
-        sm_->setIntervalValue();
+        runHeld( sm_, &IgmpHostSm::setIntervalValue );
     }
 }
 
 void
 IgmpHostSm::KivIgmpHostStatus::onIgmpVersion() {
     if ( deliverable( IgmpHostStatus::attrIgmpVersion ) && sm_ ) {
-        sm_->setIntervalValue();
+        runHeld( sm_, &IgmpHostSm::setIntervalValue );
     }
 }
 
 void
 IgmpHostSm::KivIgmpHostStatus::onContinueUnsolicitedReport() {
     if ( deliverable( IgmpHostStatus::attrContinueUnsolicitedReport ) && sm_ ) {
-        sm_->handleContinueUnsolicitedReport();
+        runHeld( sm_, &IgmpHostSm::handleContinueUnsolicitedReport );
     }
 }
 
@@ -170,14 +182,14 @@ IgmpHostSm::KivRxPam::notifierIs( Ptr<Kiv::PtrInterface const> const& notifier )
     bool const differs = notifier.get() != notifierObject();
     Notifiee::notifierIs( notifier );
     if ( differs && notifier && !kivZombie() && sm_ ) {
-        sm_->handlePamReadable();
+        runHeld( sm_, &IgmpHostSm::handlePamReadable );
     }
 }
 
 void
 IgmpHostSm::KivRxPam::onReadableCount() {
     if ( deliverable( Zornet::Pam::attrReadableCount ) && sm_ ) {
-        sm_->handlePamReadable();
+        runHeld( sm_, &IgmpHostSm::handlePamReadable );
     }
 }
 
@@ -199,14 +211,14 @@ RouterPresentTimer::notifierIs( Ptr<Kiv::PtrInterface const> const& notifier ) {
     bool const differs = notifier.get() != notifierObject();
     NotifieeConst::notifierIs( notifier );
     if ( differs && notifier && !kivZombie() && sm_ ) {
-        ( sm_->*handler_ )();
+        runHeld( sm_, handler_ );
     }
 }
 
 void
 RouterPresentTimer::onTime() {
     if ( deliverable( Kiv::attrTime ) && sm_ ) {
-        ( sm_->*handler_ )();
+        runHeld( sm_, handler_ );
     }
 }
 

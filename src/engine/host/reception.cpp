@@ -112,7 +112,9 @@ IgmpHostSm::handleIgmp( U8* igmp, U32 igmpBytes, U32 payloadLen ) {
     case IgmpMessageType::v2MembershipReport:
         if ( igmpBytes >= leastV12Bytes ) {
             igmpHostStatus()->v12ReportReceivedInc( 1 );
-            handleV12Report( hdr );
+            if ( igmpHostStatus() ) {
+                handleV12Report( hdr );
+            }
         }
         break;
     case IgmpMessageType::v2LeaveGroup: // another host's leave is the querier's business

@@ -10,16 +10,17 @@ IgmpHostSm::setIntervalValue() {
     if ( !initialized_ || !enabled_ ) {
         return;
     }
+    Ptr<IgmpHostStatus> const status = igmpHostStatus();
     Seconds const requested = igmpHost()->unsolicitedReportInterval();
     if ( requested != 0.0 ) {
-        igmpHostStatus()->unsolicitedReportIntervalIs( requested );
+        status->unsolicitedReportIntervalIs( requested );
     } else if ( igmpHost()->igmpVersion() == igmpVersion3 ) {
-        igmpHostStatus()->unsolicitedReportIntervalIs( igmpHost()->defaultIgmpV3UnsolicitedReportIntvl() );
+        status->unsolicitedReportIntervalIs( igmpHost()->defaultIgmpV3UnsolicitedReportIntvl() );
     } else {
-        igmpHostStatus()->unsolicitedReportIntervalIs( igmpHost()->defaultIgmpV1V2UnsolicitedReportIntvl() );
+        status->unsolicitedReportIntervalIs( igmpHost()->defaultIgmpV1V2UnsolicitedReportIntvl() );
     }
     KIV_TRACE( igmpHostTrace, traceDetail )
-        << " host " << name_ << " set to " << igmpHostStatus()->unsolicitedReportInterval();
+        << " host " << name_ << " set to " << status->unsolicitedReportInterval();
 }
 
 /// Takes a new request over as it stands, 0 included; but an interval in force of 0 stays until the version
@@ -29,12 +30,12 @@ IgmpHostSm::setUnsolicitedReportIntvl() {
     if ( !initialized_ || !enabled_ ) {
         return;
     }
-    if ( igmpHostStatus()->unsolicitedReportInterval() != 0.0 ) {
-        igmpHostStatus()->unsolicitedReportIntervalIs( igmpHost()->unsolicitedReportInterval() );
+    Ptr<IgmpHostStatus> const status = igmpHostStatus();
+    if ( status->unsolicitedReportInterval() != 0.0 ) {
+        status->unsolicitedReportIntervalIs( igmpHost()->unsolicitedReportInterval() );
     }
     KIV_TRACE( igmpHostTrace, traceDetail )
-        << " host " << name_ << " set to " << igmpHostStatus()->unsolicitedReportInterval()
-        << " after configuration ";
+        << " host " << name_ << " set to " << status->unsolicitedReportInterval() << " after configuration ";
 }
 
 void
@@ -42,8 +43,9 @@ IgmpHostSm::handleEnablePeriodicReport() {
     if ( !initialized_ || !enabled_ ) {
         return;
     }
-    igmpHostStatus()->enablePeriodicReportIs( igmpHost()->enablePeriodicReport() );
-    igmpHostStatus()->continueUnsolicitedReportIs( igmpHost()->enablePeriodicReport() );
+    Ptr<IgmpHostStatus> const status = igmpHostStatus();
+    status->enablePeriodicReportIs( igmpHost()->enablePeriodicReport() );
+    status->continueUnsolicitedReportIs( igmpHost()->enablePeriodicReport() );
 }
 
 /// Starts the periodic stream of version 3. The version in force is not asked here: the sender does so when

@@ -34,12 +34,13 @@ IgmpHostSm::handleV2V3Compatibility() {
     if ( !initialized_ || !enabled_ || igmpHost()->igmpVersionForced() ) {
         return;
     }
+    Ptr<IgmpHostStatus> const status = igmpHostStatus();
     KIV_TRACE( igmpHostTrace, traceDetail ) << "v2routerpresent timer : " << v2RouterPresentTimer_->timeMin();
     IgmpVersion const version = std::min( versionHeard(), igmpHost()->igmpVersion() );
     KIV_TRACE( igmpHostTrace, traceAction ) << "Host " << name_ << " transition to " << version;
-    igmpHostStatus()->igmpVersionIs( version );
+    status->igmpVersionIs( version );
     KIV_TRACE( igmpHostTrace, traceDetail )
-        << "in handlev2v3compatibility igmpHostStatus version: " << igmpHostStatus()->igmpVersion();
+        << "in handlev2v3compatibility igmpHostStatus version: " << status->igmpVersion();
 }
 
 void
@@ -56,6 +57,7 @@ IgmpHostSm::handleIgmpVersion() {
     if ( !initialized_ || !enabled_ ) {
         return;
     }
+    Ptr<IgmpHostStatus> const status = igmpHostStatus();
     IgmpVersion const version = igmpHost()->igmpVersion();
     if ( !igmpHost()->enablePeriodicReport() ) {
         v1RouterPresentTimer_->timeMinIs( Kiv::never );
@@ -66,11 +68,11 @@ IgmpHostSm::handleIgmpVersion() {
         } else if ( version == igmpVersion2 ) {
             v2RouterPresentTimer_->timeMinIs( Kiv::now() );
         }
-        igmpHostStatus()->continueUnsolicitedReportIs( igmpHost()->enablePeriodicReport() );
+        status->continueUnsolicitedReportIs( igmpHost()->enablePeriodicReport() );
     }
     KIV_TRACE( igmpHostTrace, traceAction ) << "Host " << name_ << " igmp version set to " << version;
     KIV_TRACE( igmpHostTrace, traceDetail ) << "set v2routerpresent to :" << v2RouterPresentTimer_->timeMin();
-    igmpHostStatus()->igmpVersionIs( version );
+    status->igmpVersionIs( version );
 }
 
 } // namespace Igmp

@@ -1,0 +1,521 @@
+/// Frames and steps of time against whole hosts: of every version, held at it and not, on access objects of
+/// the target's own and on a device, under inline and under deferred delivery. After every step the machines,
+/// the wheel and the counters must agree with each other.
+///
+/// An input is a byte for the delivery, then steps: a byte for the kind and what that kind reads. What ends
+/// the process by decision is kept out: the 8-byte group query at a host held at version 3 for a group it
+/// has, filter modes other than the two, robustness outside 1 to 255, groups whose changes are not processed.
+/// Intervals of zero with periodic reports are kept out too, which go on for ever at one instant.
+
+#include <deque>
+
+#include "engine/IgmpHostDirSm.h"
+#include "lab/IgmpFrame.h"
+#include "platform/kiv/Activity.h"
+#include "platform/kiv/Clock.h"
+#include "platform/zornet/Checksum.h"
+#include "platform/zornet/Eth8021QHdr.h"
+#include "platform/zornet/EthHdr.h"
+#include "platform/zornet/IpHdr.h"
+#include "platform/zornet/device/DeviceProvider.h"
+#include "tests/fuzz/FuzzInput.h"
+#include "tests/support/FedPam.h"
+
+namespace {
+
+using namespace Igmp;
+using Fuzz::Input;
+using Fuzz::require;
+using Kiv::Seconds;
+using Support::FedPam;
+using Zornet::IgmpMessageType;
+using Zornet::IpAddr;
+using Zornet::U16;
+using Zornet::U32;
+using Zornet::U8;
+using Bytes = std::vector<U8>;
+
+constexpr unsigned maxSteps = 64;
+constexpr unsigned fedHosts = 6;    ///< each on an access object of its own; the second half held
+constexpr unsigned deviceHosts = 3; ///< on one device: untagged, tagged, tagged on a shared device
+constexpr unsigned hosts = fedHosts + deviceHosts;
+constexpr std::size_t ipAt = sizeof( Zornet::EthHdr );
+
+constexpr IpAddr groups[] = { IpAddr::fromHost( 0xef010101 ), IpAddr::fromHost( 0xef010102 ),
+                              IpAddr::fromHost( 0xe8010101 ) };
+constexpr IpAddr sources[] = { IpAddr::fromHost( 0x0a090901 ), IpAddr::fromHost( 0x0a090902 ),
+                               IpAddr::fromHost( 0x0a090903 ) };
+
+void
+storeChecksum( std::span<U8> bytes, std::size_t at ) {
+    bytes[at] = bytes[at + 1] = 0;
+    auto const* const data = reinterpret_cast<char const*>( bytes.data() );
+    U16 const sum = Zornet::ipChecksumCalc( data, static_cast<U16>( bytes.size() ), 0 ).value();
+    bytes[at] = static_cast<U8>( sum >> 8 );
+    bytes[at + 1] = static_cast<U8>( sum );
+}
+
+/// The message as a querier sends it, with Router Alert, checksums right where there is room for them.
+Bytes
+frameOf( Bytes message ) {
+    if ( message.size() >= sizeof( Zornet::IgmpCommonHdr ) ) {
+        storeChecksum( message, 2 );
+    }
+    std::size_t const total = 24 + message.size();
+    Bytes frame{ 0x01, 0x00, 0x5e, 0, 0, 1, 2, 0, 0, 0, 0, 0xfe, 0x08, 0x00, 0x46, 0 };
+    frame.push_back( static_cast<U8>( total >> 8 ) );
+    frame.push_back( static_cast<U8>( total ) );
+    frame.insert( frame.end(), { 0, 0, 0, 0, 1, 2, 0, 0, 10, 0, 0, 254, 224, 0, 0, 1, 0x94, 4, 0, 0 } );
+    storeChecksum( std::span( frame ).subspan( ipAt ), 10 );
+    frame.insert( frame.end(), message.begin(), message.end() );
+    return frame;
+}
+
+/// Sets both checksums right wherever the headers say that they are.
+void
+mendChecksums( Bytes& frame ) {
+    if ( frame.size() < ipAt + sizeof( Zornet::IpHdr ) ) {
+        return;
+    }
+    auto const* const ip = reinterpret_cast<Zornet::IpHdr const*>( frame.data() + ipAt );
+    std::size_t const header = ip->headerBytes();
+    std::size_t const payload = ip->payloadLen();
+    if ( header >= sizeof( Zornet::IpHdr ) && ipAt + header <= frame.size() ) {
+        storeChecksum( std::span( frame ).subspan( ipAt, header ), 10 );
+    }
+    if ( payload >= 4 && ipAt + header + payload <= frame.size() ) {
+        storeChecksum( std::span( frame ).subspan( ipAt + header, payload ), 2 );
+    }
+}
+
+/// A query for a group in the old form, which a host that is held at version 3 must not hear for a group it
+/// has. Sizes are those of the IP header, as the host takes them.
+bool
+isOldGroupQuery( Bytes const& frame ) {
+    if ( frame.size() < ipAt + sizeof( Zornet::IpHdr ) ) {
+        return false;
+    }
+    auto const* const ip = reinterpret_cast<Zornet::IpHdr const*>( frame.data() + ipAt );
+    std::size_t const at = ipAt + ip->headerBytes();
+    if ( ip->payloadLen() != sizeof( Zornet::IgmpV12Hdr ) || at + ip->payloadLen() > frame.size() ) {
+        return false;
+    }
+    auto const* const igmp = reinterpret_cast<Zornet::IgmpV12Hdr const*>( frame.data() + at );
+    return igmp->messageType() == IgmpMessageType::membershipQuery && !igmp->groupAddress().isZero();
+}
+
+void
+checkSent( std::span<U8 const> frame ) {
+    std::optional<Bridging::VlanId> vlan;
+    if ( reinterpret_cast<Zornet::EthHdr const*>( frame.data() )->typeOrLen() == Zornet::ethType8021Q ) {
+        vlan = Bridging::VlanId( 100 );
+    }
+    require( Lab::IgmpFrame( frame, vlan ).verdict() == Lab::IgmpFrame::Verdict::good, "sent frame is good" );
+}
+
+class CheckingDevice : public Zornet::Device {
+  public:
+    CheckingDevice( Zornet::NamespaceName const& ns, Kiv::String8 const& name ) : Device( ns, name ) {}
+    bool send( Zornet::EthDevPam const&, std::span<U8 const> frame ) override {
+        checkSent( frame );
+        return true;
+    }
+    void hear( Bytes const& frame ) { deliver( frame ); }
+};
+
+class CheckingProvider : public Zornet::DeviceProvider {
+  protected:
+    Kiv::Ptr<Zornet::Device> newDevice( Zornet::NamespaceName const& ns, Kiv::String8 const& name ) override {
+        return new CheckingDevice( ns, name );
+    }
+};
+
+/// One host, and what has been seen of it under its present status.
+struct Subject {
+    Kiv::Ptr<IgmpHost> host;
+    Kiv::Ptr<FedPam> pam; ///< null on the device
+    bool mayBeHeld = false;
+    bool everPeriodic = false; ///< what is remembered and what is in force may part then
+    Kiv::Ptr<IgmpHostStatus> status;
+    U32 counted = 0;
+    U32 v12Frames = 0;
+    U32 v3Frames = 0;
+
+    void statusIs( IgmpHostStatus* present ) {
+        if ( status.get() != present ) {
+            status = present;
+            counted = v12Frames = v3Frames = 0;
+        }
+    }
+};
+
+bool
+isArmed( ResponseTimerSm const& timer ) {
+    return Kiv::isFinite( timer.responseDelay()->timeMin() );
+}
+
+class World {
+  public:
+    explicit World( bool deferred );
+    ~World();
+
+    void step( Input& input );
+    void check();
+
+  private:
+    Subject& any( Input& input ) { return subjects_[input.below( hosts )]; }
+    /// Not the last host, which must not bind anew: what shares a device stays for good once it is let go.
+    Subject& anyButShared( Input& input ) { return subjects_[input.below( hosts - 1 )]; }
+    IgmpHostSm& sm( Subject const& subject ) { return *dirSm_->igmpHostSm( subject.host->name() ); }
+    void settle() { activity_.runFor( 0.0 ); }
+
+    void add( unsigned number );
+    void hear( Bytes const& frame, Input& input );
+    Bytes madeQuery( Input& input );
+    void changeGroup( Input& input );
+    void changeSwitch( Input& input );
+    void changeNumber( Input& input );
+    void passTime( Input& input );
+
+    void handleSent( unsigned number );
+
+    std::size_t checkHost( Subject& subject );
+    static void checkDisabled( IgmpHostSm const& sm );
+    static void checkGroups( Subject const& subject, IgmpHostSm const& sm );
+    static void checkVersion( Subject const& subject, IgmpHostSm const& sm );
+    static void checkCounters( Subject& subject );
+
+    Kiv::SimulatedClock clock_;
+    Kiv::ClockScope clockScope_{ clock_ };
+    Kiv::ActivitySm& activity_ = Kiv::defaultActivity()->activitySm();
+    Kiv::Ptr<Lumo::TimerWheel> wheel_{ new Lumo::TimerWheel };
+    CheckingProvider provider_;
+    Zornet::DeviceProviderScope providerScope_{ provider_ };
+    Kiv::Ptr<IgmpHostDir> dir_ = igmpHostDirFactory( "hosts" );
+    Kiv::Ptr<IgmpHostStatusDir> statusDir_ = igmpHostStatusDirFactory( "status" );
+    Kiv::Ptr<IgmpHostDirSm> dirSm_ = igmpHostDirSmFactory( nullptr, dir_, statusDir_, wheel_ );
+    std::deque<Bytes> heads_; ///< first regions, which outlive their packets
+    std::vector<Subject> subjects_;
+};
+
+World::World( bool deferred ) {
+    for ( unsigned number = 0; number < hosts; ++number ) {
+        add( number );
+    }
+    activity_.deferredDeliveryIs( deferred );
+}
+
+World::~World() {
+    settle();
+    activity_.deferredDeliveryIs( false );
+    auto const shared = dirSm_->multiplexerDir( {} );
+    dir_->igmpHostDelAll();
+    shared->vlanPamDelAll(); // it and its channel hold each other
+    require( wheel_->armedTimers() == 0, "no timer outlives its host" );
+}
+
+/// Enabled, and a member of a group in either mode.
+void
+World::add( unsigned number ) {
+    Subject subject;
+    subject.host = dir_->igmpHostIs( "host" + std::to_string( number ) );
+    IgmpHost& host = *subject.host;
+    host.ipAddrIs( IpAddr::fromHost( 0x0a000001 + number ) );
+    host.macAddrIs( Zornet::EthAddr( { 2, 0, 0, 0, 0, static_cast<U8>( number ) } ) );
+    host.igmpVersionIs( static_cast<IgmpVersion>( 1 + number % 3 ) );
+    host.unsolicitedReportIntervalIs( 5.0 );
+    if ( number < fedHosts ) {
+        subject.mayBeHeld = number >= fedHosts / 2;
+        subject.pam = new FedPam;
+        subject.pam->onSend = [this, number] { handleSent( number ); };
+        host.igmpVersionForcedIs( subject.mayBeHeld );
+        host.externalPamIs( true );
+        host.pamIs( subject.pam );
+    } else {
+        host.taggedIs( number > fedHosts );
+        host.useMuxIs( number + 1 == hosts );
+        host.vlanIdIs( 100 );
+        host.deviceNameIs( "eth0" );
+        host.intfConfigVersionIs( 1 );
+    }
+    subjects_.push_back( subject );
+    host.enabledIs( true );
+    auto const excluding = host.v3groupIs( groups[0] );
+    excluding->filterModeIs( IgmpV3GroupRecord::exclude );
+    excluding->versionIs( 1 );
+    auto const including = host.v3groupIs( groups[2] );
+    including->sourceIs()->sourceIpIs( sources[0], 1 );
+    including->versionIs( 1 );
+}
+
+// Steps.
+
+void
+World::step( Input& input ) {
+    switch ( input.below( 10 ) ) {
+    case 0: hear( input.bytes( input.word() % 2048 ), input ); break;
+    case 1: {
+        Bytes frame = input.bytes( input.word() % 2048 );
+        mendChecksums( frame );
+        hear( frame, input );
+        break;
+    }
+    case 2: hear( frameOf( input.bytes( input.byte() ) ), input ); break;
+    case 3:
+    case 4: hear( frameOf( madeQuery( input ) ), input ); break;
+    case 5: changeGroup( input ); break;
+    case 6: changeSwitch( input ); break;
+    case 7: changeNumber( input ); break;
+    case 8: passTime( input ); break;
+    default: settle(); break;
+    }
+}
+
+Bytes
+tagged( Bytes frame ) {
+    constexpr std::size_t tagAt = 12;
+    if ( frame.size() >= tagAt ) {
+        frame.insert( frame.begin() + tagAt, { 0x81, 0, 0, 100 } );
+    }
+    return frame;
+}
+
+/// A byte says whether the frame comes in two regions and where they meet.
+void
+World::hear( Bytes const& frame, Input& input ) {
+    unsigned const meet = input.byte();
+    auto const tail =
+        frame.begin() + static_cast<std::ptrdiff_t>( std::min<std::size_t>( meet, frame.size() ) );
+    heads_.emplace_back( frame.begin(), tail );
+    bool const keptFromHeld = isOldGroupQuery( frame );
+    for ( Subject const& subject : subjects_ ) {
+        if ( !subject.pam || ( subject.mayBeHeld && keptFromHeld ) ) {
+            continue;
+        }
+        auto const pkt = Support::tightPkt( Bytes( tail, frame.end() ) );
+        if ( meet != 0 ) {
+            pkt->headIoVecIs( { heads_.back().data(), static_cast<U32>( heads_.back().size() ) } );
+        }
+        subject.pam->feed( pkt );
+    }
+    auto& device = static_cast<CheckingDevice&>( *provider_.device( {}, "eth0" ) );
+    device.hear( frame );
+    device.hear( tagged( frame ) );
+}
+
+void
+World::handleSent( unsigned number ) {
+    Subject& subject = subjects_[number];
+    Bytes const& frame = subject.pam->sent.back();
+    checkSent( frame );
+    subject.statusIs( sm( subject ).igmpHostStatus() );
+    auto const* const ip = reinterpret_cast<Zornet::IpHdr const*>( frame.data() + ipAt );
+    bool const v3 = frame[ipAt + ip->headerBytes()] == static_cast<U8>( IgmpMessageType::v3MembershipReport );
+    ( v3 ? subject.v3Frames : subject.v12Frames ) += 1;
+    subject.pam->sent.clear();
+}
+
+Bytes
+World::madeQuery( Input& input ) {
+    Bytes message{ 0x11, input.byte(), 0, 0 };
+    unsigned const group = input.below( 5 );
+    IpAddr const asked = group == 0   ? IpAddr()
+                         : group == 4 ? IpAddr::fromHost( 0xef090909 )
+                                      : groups[group - 1];
+    message.insert( message.end(), asked.bytes().begin(), asked.bytes().end() );
+    unsigned const form = input.below( 8 );
+    if ( form < 3 ) {
+        message.resize( 8 + form ); // 8 to 10 bytes
+        return message;
+    }
+    unsigned const count = input.below( 4 );
+    message.insert( message.end(), { 2, input.byte(), 0, static_cast<U8>( count + ( form == 7 ) ) } );
+    for ( unsigned i = 0; i < count; ++i ) {
+        auto const& source = sources[i % std::size( sources )].bytes();
+        message.insert( message.end(), source.begin(), source.end() );
+    }
+    return message;
+}
+
+void
+World::changeGroup( Input& input ) {
+    IgmpHost& host = *any( input ).host;
+    IpAddr const& group = groups[input.below( std::size( groups ) )];
+    unsigned const what = input.byte();
+    if ( what % 4 == 0 ) {
+        host.v3groupDel( group );
+        return;
+    }
+    auto const record = host.v3groupIs( group );
+    record->filterModeIs( what & 4 ? IgmpV3GroupRecord::exclude : IgmpV3GroupRecord::include );
+    for ( unsigned i = 0; i < std::size( sources ); ++i ) {
+        if ( what & ( 8U << i ) ) {
+            record->sourceIs()->sourceIpIs( sources[i], 1 );
+        } else if ( record->source() ) {
+            record->source()->sourceIpDel( sources[i] );
+        }
+    }
+    if ( what & 128 ) {
+        record->versionIs( record->version() + 1 );
+    }
+}
+
+void
+World::changeSwitch( Input& input ) {
+    Subject& subject = anyButShared( input );
+    IgmpHost& host = *subject.host;
+    unsigned const what = input.byte();
+    bool const value = what & 128;
+    switch ( what % 7 ) {
+    case 0: host.enabledIs( value ); break;
+    case 1: host.blockedIs( value ); break;
+    case 2: host.directionIs( static_cast<Bridging::AllowedTrafficDirection>( ( what >> 4 ) % 3 ) ); break;
+    case 3:
+        host.enablePeriodicReportIs( value );
+        subject.everPeriodic |= value;
+        break;
+    case 4: host.igmpVersionForcedIs( value && subject.mayBeHeld ); break;
+    case 5:
+        host.enableRouterAlertIs( value );
+        host.configVersionIs( host.configVersion() + 1 );
+        break;
+    default: host.intfConfigVersionIs( host.intfConfigVersion() + 1 ); break;
+    }
+}
+
+void
+World::changeNumber( Input& input ) {
+    IgmpHost& host = *anyButShared( input ).host;
+    unsigned const value = input.byte();
+    switch ( input.below( 7 ) ) {
+    case 0: host.igmpVersionIs( static_cast<IgmpVersion>( 1 + value % 3 ) ); break;
+    case 1: host.unsolicitedReportIntervalIs( 5.0 + value ); break;
+    case 2: host.v1RouterPresentTimeoutIs( value ); break;
+    case 3: host.v2RouterPresentTimeoutIs( value ); break;
+    case 4: host.v1MaxResponseTimeIs( static_cast<U8>( value ) ); break;
+    case 5: host.robustnessIs( 1 + value % 255 ); break;
+    default: // never so small that a record of three sources does not fit
+        host.mtuIs( value < 128 ? 1514 : 74 );
+        host.configVersionIs( host.configVersion() + 1 );
+        break;
+    }
+}
+
+/// Up to 6.4 seconds finely, up to 128 coarsely.
+void
+World::passTime( Input& input ) {
+    unsigned const span = input.byte();
+    activity_.runFor( span < 128 ? span * 0.05 : span - 127.0 );
+}
+
+// What must hold between steps, once every change has been told.
+
+void
+World::check() {
+    settle();
+    std::size_t armed = 0;
+    for ( Subject& subject : subjects_ ) {
+        armed += checkHost( subject );
+    }
+    require( wheel_->armedTimers() == armed, "every armed timer belongs to a machine that stands" );
+}
+
+void
+World::checkDisabled( IgmpHostSm const& host ) {
+    require( !host.igmpHostStatus() && !host.aggregatedSenderSm(), "a disabled host has no companions" );
+    require( !host.igmpV3HostGeneralQueryTimerSm(), "a disabled host has no query timer" );
+    require( host.groupTimerSm().size() == 0, "a disabled host has no group timers" );
+    require( host.v3GroupQueryTimerSm().size() == 0, "a disabled host has no group query timers" );
+    require( !Kiv::isFinite( host.v1RouterPresentTimer()->timeMin() ), "a disabled host has no hold" );
+    require( !Kiv::isFinite( host.v2RouterPresentTimer()->timeMin() ), "a disabled host has no hold" );
+}
+
+/// Returns how many of the host's timers are armed.
+std::size_t
+World::checkHost( Subject& subject ) {
+    IgmpHostSm const& host = sm( subject );
+    require( host.enabled() == subject.host->enabled(), "the machine follows the switch" );
+    subject.statusIs( host.igmpHostStatus() );
+    if ( !host.enabled() ) {
+        checkDisabled( host );
+        return 0;
+    }
+    require( subject.status != nullptr, "an enabled host has a status" );
+    checkGroups( subject, host );
+    checkVersion( subject, host );
+    checkCounters( subject );
+    std::size_t armed = Kiv::isFinite( host.v1RouterPresentTimer()->timeMin() );
+    armed += Kiv::isFinite( host.v2RouterPresentTimer()->timeMin() );
+    armed += isArmed( *host.aggregatedSenderSm() );
+    armed += isArmed( *host.igmpV3HostGeneralQueryTimerSm() );
+    for ( IgmpHostGroupTimerSm const& timer : host.groupTimerSm() ) {
+        armed += isArmed( timer );
+    }
+    for ( IgmpV3HostGroupQueryTimerSm const& timer : host.v3GroupQueryTimerSm() ) {
+        armed += isArmed( timer );
+    }
+    return armed;
+}
+
+void
+World::checkGroups( Subject const& subject, IgmpHostSm const& host ) {
+    std::size_t const records = subject.host->v3groups();
+    require( host.groupTimerSm().size() == records, "a group timer for each record" );
+    require( host.v3GroupQueryTimerSm().size() == records, "a group query timer for each record" );
+    for ( IgmpHostGroupTimerSm const& timer : host.groupTimerSm() ) {
+        require( subject.host->v3group( timer.group() ) != nullptr, "a record for each group timer" );
+        bool const pending = timer.responseDelayTimerState() == timerRunning;
+        require( timer.responseDelayRemaining() >= 0.0, "time does not run backwards" );
+        require( !pending || isArmed( timer ), "a pending answer is armed" );
+        require( pending || subject.everPeriodic || !isArmed( timer ), "an idle timer is not armed" );
+    }
+}
+
+void
+World::checkVersion( Subject const& subject, IgmpHostSm const& host ) {
+    IgmpVersion const ceiling = subject.host->igmpVersion();
+    IgmpVersion const inForce = host.igmpHostStatus()->igmpVersion();
+    require( inForce <= ceiling, "the version in force is no later than configured" );
+    if ( subject.everPeriodic ) {
+        return;
+    }
+    bool const v1 = Kiv::isFinite( host.v1RouterPresentTimer()->timeMin() );
+    bool const v2 = Kiv::isFinite( host.v2RouterPresentTimer()->timeMin() );
+    IgmpVersion const heard = v1 ? igmpVersion1 : v2 ? igmpVersion2 : igmpVersion3;
+    bool const forced = subject.host->igmpVersionForced();
+    require( inForce == ( forced ? ceiling : std::min( heard, ceiling ) ), "the oldest querier heard rules" );
+}
+
+/// Version 1 and 2 count attempts, version 3 what went out.
+void
+World::checkCounters( Subject& subject ) {
+    IgmpHostStatus const& status = *subject.status;
+    U32 const v12Sent = status.v1ReportsSent() + status.v2ReportsSent() + status.v2LeavesSent();
+    U32 const v3Sent = status.v3CurrentStateReportSent() + status.v3StateChangeReportSent();
+    U32 const received = status.v12ReportReceived() + status.v2GeneralQueryReceived() +
+                         status.v2GroupQueryReceived() + status.v3GeneralQueryReceived() +
+                         status.v3GroupQueryReceived() + status.v3GroupSourceQueryReceived() +
+                         status.v3ReportReceived();
+    require( status.v1QueryReceived() == 0, "nothing counts version 1 queries" );
+    require( received + v12Sent + v3Sent >= subject.counted, "counters do not fall" );
+    require( !subject.pam || subject.v12Frames <= v12Sent, "each report and leave is counted" );
+    require( !subject.pam || subject.v3Frames == v3Sent, "what is counted of version 3 was sent" );
+    subject.counted = received + v12Sent + v3Sent;
+}
+
+} // namespace
+
+extern "C" int
+LLVMFuzzerTestOneInput( std::uint8_t const* data, std::size_t size ) {
+    Input input( { data, size } );
+    World world( input.below( 2 ) == 1 );
+    world.check();
+    for ( unsigned steps = 0; steps < maxSteps && !input.atEnd(); ++steps ) {
+        world.step( input );
+        if ( input.below( 4 ) != 0 ) {
+            world.check();
+        }
+    }
+    world.check();
+    return 0;
+}
