@@ -72,6 +72,9 @@ TEST_F( VTaggingInnerPamSmTest, MoveOfTheReactorToAnotherObjectSignalsAtOnce ) {
     EXPECT_EQ( outer_->readableCount(), 2U );
     reactor->notifierIs( nullptr );
     EXPECT_EQ( outer_->readableCount(), 2U );
+    reactor->kivDoZombieReactors( true );
+    reactor->notifierIs( inner_ );
+    EXPECT_EQ( outer_->readableCount(), 2U );
 }
 
 TEST_F( VTaggingInnerPamSmTest, AttributeNumbersAreStable ) {

@@ -127,6 +127,12 @@ TEST_F( VlanPamTest, FrameArrivingWhileTheReaderIsBlockedIsReplacedByTheNext ) {
     EXPECT_FALSE( pam_->rxPkt() );
 }
 
+TEST_F( VlanPamTest, ArrivalCountsAsTwoModifications ) {
+    U32 const modifications = pam_->modificationCount();
+    pam_->inputPktIs( pkt_ );
+    EXPECT_EQ( pam_->modificationCount(), modifications + 2 ); // the frame and the signal
+}
+
 TEST_F( VlanPamTest, FrameThatWaitsAlreadyIsNoArrival ) {
     pam_->inputPktIs( pkt_ );
     U32 const modifications = pam_->modificationCount();

@@ -123,6 +123,13 @@ TEST_F( VlanPktMultiplexerTest, ZombieHearsNothing ) {
     EXPECT_EQ( multiplexer_->signals, 0U );
 }
 
+TEST_F( VlanPktMultiplexerTest, ZombieReadsNothingWhenItMoves ) {
+    multiplexer_->innerPamIs( device_ );
+    multiplexer_->kivDoZombieReactors( true );
+    multiplexer_->innerPamIs( Kiv::Ptr<FakeDevice>( new FakeDevice ) );
+    EXPECT_EQ( multiplexer_->signals, 0U );
+}
+
 TEST_F( VlanPktMultiplexerTest, DeferredSignalsAreHandledOnceOnTheNextTurn ) {
     deferredDeliveryIs( true );
     multiplexer_->innerPamIs( device_ );

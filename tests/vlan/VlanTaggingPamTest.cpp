@@ -178,6 +178,15 @@ TEST_F( VlanTaggingPamTest, StateMachineIsReplacedForOtherArguments ) {
     EXPECT_EQ( pam_->readableCount(), before + 1 );
 }
 
+TEST_F( VlanTaggingPamTest, StateMachineIsBoundToItsActivityAndItsOuterObject ) {
+    Kiv::Ptr<VlanTaggingPam> const other( new VlanTaggingPam( "eth7", 200, nullptr ) );
+    EXPECT_EQ(
+        pam_->smIs( Kiv::defaultActivity(), pam_, device_ )->kivFwkActivity(), Kiv::defaultActivity()
+    );
+    EXPECT_EQ( pam_->smIs( Kiv::defaultActivity(), other, device_ )->outerPam(), other );
+    other->smDel();
+}
+
 TEST_F( VlanTaggingPamTest, SecondStartUpMakesNoSecondStateMachine ) {
     pam_->smDel();
     pam_->handleInitialized();
