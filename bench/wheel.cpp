@@ -141,7 +141,7 @@ struct StandingClock {
     using rep = duration::rep;
     using period = duration::period;
     using time_point = std::chrono::time_point<StandingClock>;
-    static constexpr bool is_steady = false;
+    [[maybe_unused]] static constexpr bool is_steady = false; // asked for by the concept of a clock
     static inline time_point current{};
     static time_point now() { return current; }
     static time_point at( double seconds ) {
