@@ -1,4 +1,4 @@
-#include "agent/CommandLine.h"
+#include "agent/command/CommandLine.h"
 
 int
 main( int argc, char** argv ) {

@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "agent/Emulation.h"
-#include "agent/Membership.h"
-#include "agent/ScenarioLoader.h"
-#include "agent/ScenarioReader.h"
+#include "agent/querying/Membership.h"
+#include "agent/run/Emulation.h"
+#include "agent/scenario/ScenarioLoader.h"
+#include "agent/scenario/ScenarioReader.h"
 #include "lab/Wire.h"
 #include "tests/support/SimulatedTest.h"
 

@@ -1,0 +1,44 @@
+#include "agent/command/Options.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace Agent {
+
+Kiv::Seconds
+duration( std::string const& text ) {
+    Kiv::Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
+    if ( seconds <= 0.0 || !Kiv::isFinite( seconds ) ) {
+        throw std::invalid_argument( "expected a number of seconds above 0, found '" + text + "'" );
+    }
+    return seconds;
+}
+
+Igmp::IgmpVersion
+igmpVersion( std::string const& text ) {
+    auto const version = Kiv::ValueTraits<Igmp::IgmpVersion>::parse( text );
+    if ( version == Igmp::igmpVersionUnknown ) {
+        throw std::invalid_argument( "expected an IGMP version, 1 to 3, found '" + text + "'" );
+    }
+    return version;
+}
+
+void
+addTraces( CLI::App& command, std::vector<TraceRequest>& traces ) {
+    auto const take = [&traces]( std::vector<std::string> const& texts ) {
+        try {
+            std::transform( texts.begin(), texts.end(), std::back_inserter( traces ), traceRequest );
+        } catch ( std::invalid_argument const& fault ) {
+            throw CLI::ValidationError( "--trace", fault.what() );
+        }
+    };
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--trace", take, "Show what a part of the engine does; more with a higher level; repeatable"
+        )
+        ->type_name( "HANDLE:LEVEL" )
+        ->allow_extra_args( false );
+}
+
+} // namespace Agent

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <exception>
+#include <string>
+#include <vector>
+
+#include "agent/output/TraceConsole.h"
+#include "model/IgmpHost.h"
+
+namespace Agent {
+
+/// An option whose text becomes a value by `parse`, which raises an exception for what it does not take.
+template <class T, class Parse>
+CLI::Option*
+addParsed(
+    CLI::App& command, std::string const& name, T& target, Parse parse, char const* form, char const* help
+) {
+    auto const take = [&target, parse, name]( std::string const& text ) {
+        try {
+            target = parse( text );
+        } catch ( std::exception const& fault ) {
+            throw CLI::ValidationError( name, fault.what() );
+        }
+    };
+    return command.add_option_function<std::string>( name, take, help )->type_name( form );
+}
+
+// What addParsed() takes for `parse`. Each raises std::exception that says what was expected.
+Kiv::Seconds duration( std::string const& text ); ///< above 0
+Igmp::IgmpVersion igmpVersion( std::string const& text );
+
+/// The option --trace of every verb that runs hosts.
+void addTraces( CLI::App& command, std::vector<TraceRequest>& traces );
+
+} // namespace Agent

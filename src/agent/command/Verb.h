@@ -1,0 +1,21 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+
+namespace Agent {
+
+/// A verb of the command: its subcommand with its options, and what it does once they are read. Returns the
+/// exit status.
+struct Verb {
+    CLI::App* command;
+    std::function<int()> perform;
+};
+
+// Each adds its subcommand; one source file each.
+Verb addDemo( CLI::App& app );
+Verb addModel( CLI::App& app );
+Verb addRun( CLI::App& app );
+
+} // namespace Agent

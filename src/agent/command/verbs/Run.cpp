@@ -1,0 +1,26 @@
+#include "agent/run/Run.h"
+
+#include "agent/command/Options.h"
+#include "agent/command/Verb.h"
+
+namespace Agent {
+
+Verb
+addRun( CLI::App& app ) {
+    auto const options = std::make_shared<RunOptions>();
+    CLI::App& command = *app.add_subcommand( "run", "Run the hosts of a scenario on this machine's devices" );
+    command.add_option( "SCENARIO", options->scenarioFiles, "Files, YAML or JSON, that describe the hosts" )
+        ->required()
+        ->type_name( "FILE" );
+    addParsed( command, "--duration", options->duration, duration, "S", "End after so many seconds" );
+    command
+        .add_option(
+            "--status", options->statusFile,
+            "Write what every host has counted, as JSON, at the end and on SIGUSR1; - for the standard output"
+        )
+        ->type_name( "FILE" );
+    addTraces( command, options->traces );
+    return { &command, [options] { return run( *options ); } };
+}
+
+} // namespace Agent

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "agent/scenario/Scenario.h"
+#include "model/IgmpHostStatusDir.h"
+
+namespace Agent {
+
+/// Writes one JSON object, {"hosts": {NAME: {ATTRIBUTE: VALUE, ...}, ...}}, with every attribute of the
+/// status of every host of the scenario, in the scenario's order, a line for each host. A host that is
+/// disabled has no status and is left out.
+void writeStatus( std::ostream& out, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir );
+
+/// The same to a file, which is replaced as a whole, or to the standard output for "-". Raises
+/// std::system_error where it cannot be written.
+void writeStatusTo( std::string const& path, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir );
+
+} // namespace Agent

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "agent/command/ExitStatus.h"
+#include "agent/run/Emulation.h"
+#include "agent/run/RunOptions.h"
+#include "agent/scenario/Scenario.h"
+
+namespace Agent {
+
+/// What the parts of a run share; it outlives them.
+struct RunContext {
+    RunOptions const& options;
+    Scenario const& scenario;
+    Kiv::Ptr<Lumo::TimerWheel> wheel;
+    Emulation& emulation;
+    Kiv::Seconds started = 0.0; ///< when the hosts were started, on the clock of Kiv::now()
+};
+
+/// Something that accompanies the hosts of a run, such as the file that their status goes to. It is made, in
+/// the order of makeRunParts(), before any host exists, and raises an exception there for what must keep the
+/// run from beginning. It goes, last made first, before the hosts do.
+class RunPart {
+  public:
+    virtual ~RunPart() = default;
+
+    /// The hosts exist, and are about to be bound and enabled.
+    virtual void handleLoaded() {}
+    /// The hosts have been started.
+    virtual void handleStarted() {}
+    /// SIGUSR1.
+    virtual void handleStatusWanted() {}
+    /// The run is over; the hosts are still there. Returns how it went for this part; the worst of all is how
+    /// the command ends.
+    virtual ExitStatus handleEnded() { return exitDone; }
+};
+
+} // namespace Agent

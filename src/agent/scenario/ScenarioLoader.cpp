@@ -1,0 +1,91 @@
+#include "agent/scenario/ScenarioLoader.h"
+
+#include <algorithm>
+
+namespace Agent {
+
+namespace {
+
+using Igmp::IgmpHost;
+using Igmp::IgmpV3GroupRecord;
+
+/// Where a setting acts at once, it waits until everything else is in place.
+constexpr Kiv::AttributeId startAttributes[] = { IgmpHost::attrConfigVersion, IgmpHost::attrIntfConfigVersion,
+                                                 IgmpHost::attrEnabled };
+
+bool
+isStart( Kiv::AttributeId id ) {
+    return std::find( std::begin( startAttributes ), std::end( startAttributes ), id ) !=
+           std::end( startAttributes );
+}
+
+void
+loadGroups( GroupSpec const& spec, IgmpHost& host ) {
+    for ( U32 i = 0; i < spec.count; ++i ) {
+        Kiv::Ptr<IgmpV3GroupRecord> const record = host.v3groupIs( spec.group( i ) );
+        for ( Setting const& setting : spec.settings.settings() ) {
+            setting.attribute->write( *record, setting.value );
+        }
+        for ( Zornet::IpAddr const& source : spec.sources ) {
+            record->sourceIs()->sourceIpIs( source, 1 );
+        }
+    }
+}
+
+void
+loadHost( HostSpec const& spec, U32 index, IgmpHost& host ) {
+    for ( Setting const& setting : spec.settings.settings() ) {
+        if ( !isStart( setting.attribute->id ) ) {
+            setting.attribute->write( host, setting.value );
+        }
+    }
+    host.ipAddrIs( spec.ipAddr( index ) );
+    host.macAddrIs( spec.macAddr( index ) );
+    host.vlanIdIs( spec.vlanId( index ) );
+    for ( GroupSpec const& group : spec.groups ) {
+        loadGroups( group, host );
+    }
+}
+
+U32
+generation( HostSpec const& spec, Kiv::AttributeId counter ) {
+    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : 1;
+}
+
+void
+startHost( HostSpec const& spec, IgmpHost& host ) {
+    host.configVersionIs( generation( spec, IgmpHost::attrConfigVersion ) );
+    host.intfConfigVersionIs( generation( spec, IgmpHost::attrIntfConfigVersion ) );
+    bool const disabled =
+        spec.settings.find( IgmpHost::attrEnabled ) && !spec.settings.value<bool>( IgmpHost::attrEnabled );
+    host.enabledIs( !disabled );
+    for ( GroupSpec const& group : spec.groups ) {
+        for ( U32 i = 0; i < group.count; ++i ) {
+            if ( auto const record = host.v3group( group.group( i ) ) ) { // a template may have deleted it
+                record->versionIs( 1 );
+            }
+        }
+    }
+}
+
+} // namespace
+
+void
+loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
+    for ( HostSpec const& spec : scenario.hosts ) {
+        for ( U32 i = 0; i < spec.count; ++i ) {
+            loadHost( spec, i, *dir.igmpHostIs( spec.hostName( i ) ) );
+        }
+    }
+}
+
+void
+startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
+    for ( HostSpec const& spec : scenario.hosts ) {
+        for ( U32 i = 0; i < spec.count; ++i ) {
+            startHost( spec, *dir.igmpHost( spec.hostName( i ) ) );
+        }
+    }
+}
+
+} // namespace Agent

@@ -1,0 +1,21 @@
+#include "agent/scenario/Warnings.h"
+
+#include "agent/scenario/warnings/GroupWarnings.h"
+#include "agent/scenario/warnings/HostWarnings.h"
+#include "agent/scenario/warnings/LinkWarnings.h"
+
+namespace Agent {
+
+Diagnostics
+scenarioWarnings( Scenario const& scenario ) {
+    Diagnostics warnings;
+    LinkWarnings link( scenario, warnings );
+    for ( HostSpec const& host : scenario.hosts ) {
+        HostWarnings( host, warnings ).check();
+        GroupWarnings( host, warnings ).check();
+        link.check( host );
+    }
+    return warnings;
+}
+
+} // namespace Agent

@@ -1,0 +1,162 @@
+#include "agent/scenario/YamlReader.h"
+
+#include <yaml-cpp/depthguard.h>
+
+#include <algorithm>
+#include <map>
+
+#include "agent/scenario/Suggestion.h"
+
+namespace Agent {
+
+namespace {
+
+/// What is found at a node, for the end of a message.
+std::string
+foundAt( YAML::Node const& node ) {
+    switch ( node.Type() ) {
+    case YAML::NodeType::Scalar: return "'" + node.Scalar() + "'";
+    case YAML::NodeType::Sequence: return "a list";
+    case YAML::NodeType::Map: return "a map";
+    default: return "nothing";
+    }
+}
+
+/// YAML writes infinity as ".inf".
+std::string
+plainText( std::string const& text, Kiv::ValueType const& type ) {
+    return type.form == Kiv::ValueForm::real && text == ".inf" ? "inf" : text;
+}
+
+} // namespace
+
+std::optional<YAML::Node>
+YamlReader::document( std::string const& text ) {
+    try {
+        std::vector<YAML::Node> const documents = YAML::LoadAll( text );
+        if ( documents.size() > 1 ) {
+            error( at( documents[1] ), "expected one document, found a second one" );
+            return {};
+        }
+        return documents.empty() ? YAML::Node() : documents.front();
+    } catch ( YAML::DeepRecursion const& deep ) {
+        error( at( deep.mark ), "nested too deeply" );
+    } catch ( YAML::ParserException const& fault ) {
+        error( at( fault.mark ), "not YAML: " + fault.msg );
+    }
+    return {};
+}
+
+Position
+YamlReader::at( YAML::Mark const& mark ) const {
+    return mark.is_null() ? Position{ file_ } : Position{ file_, mark.line + 1, mark.column + 1 };
+}
+
+void
+YamlReader::repetition( Position const& at, std::string const& what, Position const& first ) {
+    error( at, what + " is there already, in " + placeSeenFrom( first, at, files_ ) );
+}
+
+void
+YamlReader::expected( YamlField const& field, std::string const& what ) {
+    error( field.at, field.key + ": expected " + what + ", found " + foundAt( field.value ) );
+}
+
+void
+YamlReader::readMap(
+    YamlField const& map, KeySet const& keys, Kiv::FunctionRef<void( YamlField const& )> read
+) {
+    if ( !map.value.IsMap() ) {
+        expected( map, "a map that describes " + std::string( keys.what ) );
+        return;
+    }
+    std::map<std::string, Position> seen;
+    for ( auto const& pair : map.value ) {
+        Position const keyAt = at( pair.first );
+        Position const valueAt = pair.second.IsNull() ? keyAt : at( pair.second );
+        YamlField const field{ pair.first.IsScalar() ? pair.first.Scalar() : "", pair.second, valueAt };
+        auto const [first, isNew] = seen.emplace( field.key, keyAt );
+        if ( !isNew ) {
+            repetition( keyAt, "key '" + field.key + "'", first->second );
+        } else if ( checkKey( { field.key, pair.first, keyAt }, keys ) ) {
+            read( field );
+        }
+    }
+    for ( std::string_view const key : keys.required ) {
+        if ( !seen.contains( std::string( key ) ) ) {
+            error( map.at, "missing key '" + std::string( key ) + "' in " + keys.what );
+        }
+    }
+}
+
+bool
+YamlReader::checkKey( YamlField const& field, KeySet const& keys ) {
+    if ( !field.value.IsScalar() ) {
+        error(
+            field.at, std::string( "expected a key of " ) + keys.what + ", found " + foundAt( field.value )
+        );
+        return false;
+    }
+    bool const isKnown = std::find( keys.known.begin(), keys.known.end(), field.key ) != keys.known.end();
+    if ( !isKnown ) {
+        error(
+            field.at, "unknown key '" + field.key + "' in " + keys.what + suggestion( field.key, keys.known )
+        );
+    }
+    return isKnown;
+}
+
+void
+YamlReader::readList( YamlField const& list, Kiv::FunctionRef<void( YamlField const& )> read ) {
+    if ( !list.value.IsSequence() ) {
+        expected( list, "a list" );
+        return;
+    }
+    for ( YAML::Node const& element : list.value ) {
+        read( { list.key, element, element.IsNull() ? list.at : at( element ) } );
+    }
+}
+
+std::optional<std::string>
+YamlReader::readText( YamlField const& field ) {
+    if ( !field.value.IsScalar() ) {
+        expected( field, "a single value" );
+        return {};
+    }
+    return field.value.Scalar();
+}
+
+std::optional<Kiv::U64>
+YamlReader::readWhole( YamlField const& field, Kiv::U64 least, Kiv::U64 greatest ) {
+    if ( field.value.IsScalar() ) {
+        try {
+            Kiv::U64 const number = Kiv::parseUnsigned( field.value.Scalar(), greatest, "number" );
+            if ( number >= least ) {
+                return number;
+            }
+        } catch ( Kiv::RangeException const& ) {
+        }
+    }
+    expected( field, "a whole number from " + std::to_string( least ) + " to " + std::to_string( greatest ) );
+    return {};
+}
+
+std::optional<std::any>
+YamlReader::readValue( YamlField const& field, Kiv::ValueType const& type ) {
+    std::optional<std::string> const text = readText( field );
+    if ( !text ) {
+        return {};
+    }
+    try {
+        return type.parse( plainText( *text, type ) );
+    } catch ( Kiv::RangeException const& fault ) {
+        std::string message = fault.what();
+        if ( message.find( ", found " ) == std::string::npos ) {
+            message += ", found '" + *text + "'";
+        }
+        error( field.at, field.key + ": " + message );
+    }
+    return {};
+}
+
+} // namespace Agent

@@ -1,0 +1,110 @@
+#include "agent/scenario/warnings/GroupWarnings.h"
+
+#include <algorithm>
+
+#include "agent/scenario/warnings/FrameSizes.h"
+
+namespace Agent {
+
+using Igmp::IgmpHost;
+using Igmp::IgmpV3GroupRecord;
+using Zornet::IpAddr;
+
+namespace {
+
+std::string
+textOf( IpAddr const& addr ) {
+    return Zornet::valueToStrep( addr ).charPtr();
+}
+
+IgmpV3GroupRecord::FilterMode
+filterMode( GroupSpec const& group ) {
+    return group.settings.value<IgmpV3GroupRecord::FilterMode>( IgmpV3GroupRecord::attrFilterMode );
+}
+
+/// How many groups a template makes of itself.
+U32
+blockSize( GroupSpec const& group ) {
+    return std::max( 1U, group.settings.value<U32>( IgmpV3GroupRecord::attrReplicateNumber ) );
+}
+
+} // namespace
+
+void
+GroupWarnings::check() {
+    for ( GroupSpec const& group : host_.groups ) {
+        checkAddress( group );
+        checkFilterMode( group );
+        checkSources( group );
+        if ( group.settings.value<bool>( IgmpV3GroupRecord::attrReplicate ) ) {
+            checkReplication( group );
+        }
+    }
+}
+
+void
+GroupWarnings::warn( GroupSpec const& group, std::string const& text ) {
+    warnings_.add( group.at, "group " + textOf( group.multicastAddr ) + text );
+}
+
+void
+GroupWarnings::checkAddress( GroupSpec const& group ) {
+    constexpr U32 linkLocal = 0xe0000000; // 224.0.0.0/24
+    constexpr U32 networkOf24 = 0xffffff00;
+    if ( !group.multicastAddr.isMulticast() || !group.lastGroup().isMulticast() ) {
+        warn( group, ": outside 224.0.0.0/4 there are no multicast groups" );
+    } else if ( ( group.multicastAddr.hostOrder() & networkOf24 ) == linkLocal ) {
+        warn( group, ": routers and snooping switches do not keep track of 224.0.0.0/24 (RFC 4541)" );
+    }
+}
+
+void
+GroupWarnings::checkFilterMode( GroupSpec const& group ) {
+    auto const mode = filterMode( group );
+    if ( mode == IgmpV3GroupRecord::include && group.sources.empty() ) {
+        warn( group, ": filterMode include without sources joins nothing" );
+    } else if ( mode != IgmpV3GroupRecord::include && mode != IgmpV3GroupRecord::exclude ) {
+        warn( group, ": a filterMode other than include and exclude ends the process in version 3" );
+    }
+}
+
+void
+GroupWarnings::checkSources( GroupSpec const& group ) {
+    if ( group.sources.empty() ) {
+        return;
+    }
+    if ( host_.settings.value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) != Igmp::igmpVersion3 ) {
+        warn( group, ": before version 3 a host joins a group for every source; sources have no effect" );
+        return;
+    }
+    U32 const mtu = host_.settings.value<U32>( IgmpHost::attrMtu );
+    if ( headerBytes( host_ ) + recordBytes( group.sources.size() ) > mtu ) {
+        warn(
+            group, ": a record of its " + std::to_string( group.sources.size() ) +
+                       " sources is larger than the mtu, and a change of filter mode is never reported whole"
+        );
+    }
+}
+
+void
+GroupWarnings::checkReplication( GroupSpec const& group ) {
+    if ( U64{ group.multicastAddr.hostOrder() } + blockSize( group ) - 1 > 0xffffffffU ) {
+        warn( group, ": its copies run past 255.255.255.255, which deletes every group of the host" );
+    } else if ( hasGroupOutside( group ) ) {
+        warn( group, ": replicate deletes every group of the host that is not one of its copies" );
+    }
+    if ( blockSize( group ) == 1 ) {
+        warn( group, ": replicate makes no copies with a replicateNumber below 2" );
+    }
+}
+
+bool
+GroupWarnings::hasGroupOutside( GroupSpec const& block ) const {
+    U64 const first = block.multicastAddr.hostOrder();
+    U64 const last = first + blockSize( block ) - 1;
+    return std::any_of( host_.groups.begin(), host_.groups.end(), [&]( GroupSpec const& group ) {
+        return group.multicastAddr.hostOrder() < first || group.lastGroup().hostOrder() > last;
+    } );
+}
+
+} // namespace Agent

@@ -1,0 +1,157 @@
+#include "agent/scenario/warnings/HostWarnings.h"
+
+#include "agent/scenario/warnings/FrameSizes.h"
+
+namespace Agent {
+
+using Igmp::IgmpHost;
+using Kiv::Seconds;
+using Zornet::IpAddr;
+
+void
+HostWarnings::check() {
+    checkAddresses();
+    checkBinding();
+    checkTag();
+    checkVersion();
+    checkRobustness();
+    checkMtu();
+    checkPeriodicReport();
+}
+
+void
+HostWarnings::warn( Kiv::AttributeId id, std::string const& text ) {
+    warnings_.add( spec_.settings.placeOf( id, spec_.at ), text );
+}
+
+void
+HostWarnings::checkAddresses() {
+    if ( value<IpAddr>( IgmpHost::attrIpAddr ).isZero() ) {
+        warn( IgmpHost::attrIpAddr, "without ipAddr the host sends from 0.0.0.0" );
+    } else if ( spec_.ipAddr( 0 ).isMulticast() || spec_.ipAddr( spec_.count - 1 ).isMulticast() ) {
+        warn( IgmpHost::attrIpAddr, "ipAddr: a multicast address is no source of packets" );
+    }
+    if ( numberOf( value<Zornet::EthAddr>( IgmpHost::attrMacAddr ) ) == 0 ) {
+        warn(
+            IgmpHost::attrMacAddr,
+            "without macAddr the host sends from 00:00:00:00:00:00, and switches drop its frames"
+        );
+    } else if ( ( spec_.macAddr( 0 ).bytes()[0] & 1 ) != 0 ) {
+        warn(
+            IgmpHost::attrMacAddr, "macAddr: a group address is no source of frames, and switches drop them"
+        );
+    }
+}
+
+void
+HostWarnings::checkBinding() {
+    if ( value<Kiv::String8>( IgmpHost::attrDeviceName ).empty() ) {
+        warn( IgmpHost::attrDeviceName, "without deviceName the host is on no wire" );
+    }
+    if ( spec_.settings.find( IgmpHost::attrIntfConfigVersion ) &&
+         value<U32>( IgmpHost::attrIntfConfigVersion ) == 0 ) {
+        warn( IgmpHost::attrIntfConfigVersion, "intfConfigVersion: at 0 the host opens no device" );
+    }
+    if ( !value<bool>( IgmpHost::attrProcessV3GroupChange ) && !spec_.groups.empty() ) {
+        warn(
+            IgmpHost::attrProcessV3GroupChange,
+            "processV3GroupChange: false leaves the groups unjoined, and removing one later can end the "
+            "process"
+        );
+    }
+}
+
+void
+HostWarnings::checkTag() {
+    constexpr U64 lastVlan = 4094;
+    if ( !value<bool>( IgmpHost::attrTagged ) ) {
+        if ( value<bool>( IgmpHost::attrUseMux ) ) {
+            warn( IgmpHost::attrUseMux, "useMux has no effect without tagged" );
+        }
+        if ( value<U16>( IgmpHost::attrVlanId ) != 0 || spec_.vlanStep != 0 ) {
+            warn( IgmpHost::attrVlanId, "vlanId has no effect without tagged" );
+        }
+        return;
+    }
+    U64 const last = spec_.vlanId( 0 ) + U64{ spec_.count - 1 } * spec_.vlanStep;
+    for ( U64 const vlan : { U64{ spec_.vlanId( 0 ) }, last } ) {
+        if ( vlan == 0 || vlan > lastVlan ) {
+            warn(
+                IgmpHost::attrVlanId, "vlanId: " + std::to_string( vlan ) +
+                                          " is no VLAN of 1 to 4094; the host sends with tag " +
+                                          std::to_string( vlan & 0xfff ) + " and may hear nothing"
+            );
+            return;
+        }
+    }
+}
+
+/// A version 2 group query brings a host down to version 2, unless it is held; then there is nothing in the
+/// query that its version 3 side could read.
+void
+HostWarnings::checkVersion() {
+    auto const version = value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion );
+    if ( version == Igmp::igmpVersionUnknown ) {
+        warn( IgmpHost::attrIgmpVersion, "igmpVersion: 0 is no version of the protocol" );
+    }
+    if ( version != Igmp::igmpVersion3 ) {
+        return;
+    }
+    constexpr char ends[] = " at version 3, a version 2 query for one of its groups ends the process";
+    if ( value<bool>( IgmpHost::attrIgmpVersionForced ) ) {
+        warn(
+            IgmpHost::attrIgmpVersionForced, std::string( "igmpVersionForced: with the host held" ) + ends
+        );
+    }
+    for ( Kiv::AttributeId const id :
+          { IgmpHost::attrV1RouterPresentTimeout, IgmpHost::attrV2RouterPresentTimeout } ) {
+        if ( !Kiv::isFinite( value<Seconds>( id ) ) ) {
+            std::string const name = spec_.settings.find( id )->attribute->name;
+            warn( id, name + ": infinity holds the host; then," + ends );
+        }
+    }
+}
+
+/// The engine keeps the number of reports that still have to name a source in eight bits.
+void
+HostWarnings::checkRobustness() {
+    constexpr U32 most = 255;
+    U32 const robustness = value<U32>( IgmpHost::attrRobustness );
+    std::string const told = "robustness: " + std::to_string( robustness );
+    if ( ( robustness & most ) == 0 ) {
+        warn( IgmpHost::attrRobustness, told + " ends the process when sources change in version 3" );
+    } else if ( robustness > most ) {
+        warn(
+            IgmpHost::attrRobustness, told + " is above 255; changes of sources are reported only " +
+                                          std::to_string( robustness & most ) + " times"
+        );
+    }
+}
+
+void
+HostWarnings::checkMtu() {
+    U32 const mtu = value<U32>( IgmpHost::attrMtu );
+    U32 const least = headerBytes( spec_ ) + leastRoom;
+    if ( mtu < least ) {
+        warn(
+            IgmpHost::attrMtu, "mtu: below " + std::to_string( least ) +
+                                   ", headers and a record with a source, a report ends the process"
+        );
+    } else if ( mtu > greatestMtu ) {
+        warn( IgmpHost::attrMtu, "mtu: above 65535 the room left in a packet is reckoned wrongly" );
+    }
+}
+
+void
+HostWarnings::checkPeriodicReport() {
+    if ( value<bool>( IgmpHost::attrEnablePeriodicReport ) &&
+         value<Seconds>( IgmpHost::attrUnsolicitedReportInterval ) <= 0.0 ) {
+        warn(
+            IgmpHost::attrEnablePeriodicReport,
+            "enablePeriodicReport: without unsolicitedReportInterval reports follow each other without a "
+            "pause"
+        );
+    }
+}
+
+} // namespace Agent

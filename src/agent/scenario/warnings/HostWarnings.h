@@ -1,0 +1,34 @@
+#pragma once
+
+#include "agent/scenario/Scenario.h"
+
+namespace Agent {
+
+/// Warnings about the settings of one entry of hosts, its groups apart.
+class HostWarnings {
+  public:
+    HostWarnings( HostSpec const& spec, Diagnostics& warnings ) : spec_( spec ), warnings_( warnings ) {}
+
+    void check();
+
+  private:
+    void checkAddresses();
+    void checkBinding();
+    void checkTag();
+    void checkVersion();
+    void checkRobustness();
+    void checkMtu();
+    void checkPeriodicReport();
+
+    template <class T>
+    T value( Kiv::AttributeId id ) const {
+        return spec_.settings.value<T>( id );
+    }
+    /// Warns at the place of the attribute's setting, or of the host where it is not set.
+    void warn( Kiv::AttributeId id, std::string const& text );
+
+    HostSpec const& spec_;
+    Diagnostics& warnings_;
+};
+
+} // namespace Agent
