@@ -8,7 +8,7 @@ namespace {
 
 /// The examples that users begin with: nothing is wrong with them and nothing to be warned of.
 TEST( Examples, HaveNeitherErrorsNorWarnings ) {
-    std::filesystem::path const folder = std::filesystem::path( __FILE__ ).parent_path() / "../../examples";
+    std::filesystem::path const folder = std::filesystem::path( IGMPHOST_SOURCE_FOLDER ) / "examples";
     std::size_t scenarios = 0;
     for ( auto const& entry : std::filesystem::directory_iterator( folder ) ) {
         if ( entry.path().extension() == ".yaml" ) {
