@@ -19,7 +19,7 @@ void
 Diagnostics::print( std::ostream& out, std::vector<std::string> const& files, char const* severity ) const {
     std::vector<Diagnostic> ordered = entries_;
     std::stable_sort( ordered.begin(), ordered.end(), standsBefore );
-    for ( auto const& [at, text] : ordered ) {
+    for ( auto const& [at, text, endsProcess] : ordered ) {
         out << files.at( at.file ) << ':';
         if ( at.line != 0 ) {
             out << at.line << ':' << at.column << ':';

@@ -17,12 +17,17 @@ struct Position {
 struct Diagnostic {
     Position at;
     std::string text;
+    bool endsProcess =
+        false; ///< a warning of what, on a packet or a change, ends the process and all its hosts
 };
 
 /// A list of complaints about scenario files, told in the order of the files.
 class Diagnostics {
   public:
-    void add( Position const& at, std::string text ) { entries_.push_back( { at, std::move( text ) } ); }
+    void add( Position const& at, std::string text, bool endsProcess = false ) {
+        entries_.push_back( { at, std::move( text ), endsProcess } );
+    }
+    std::vector<Diagnostic> const& entries() const { return entries_; }
     bool empty() const { return entries_.empty(); }
     std::size_t size() const { return entries_.size(); }
 

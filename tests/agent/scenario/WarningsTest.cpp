@@ -36,10 +36,33 @@ PrintTo( Regret const& regret, std::ostream* out ) {
     *out << regret.setting;
 }
 
+/// The texts of the warnings of what ends the process.
+std::vector<std::string>
+endsOf( std::string const& text ) {
+    std::vector<std::string> texts;
+    for ( Diagnostic const& warning : scenarioWarnings( scenarioOf( text ) ).entries() ) {
+        if ( warning.endsProcess ) {
+            texts.push_back( warning.text );
+        }
+    }
+    return texts;
+}
+
+/// Warnings of an end of the process say so in these words, and no others do.
+void
+expectMarkedAsSaid( std::string const& text, std::string const& warnings ) {
+    auto const said = warnings.find( " the process" ) != std::string::npos ? 1U : 0U;
+    EXPECT_EQ( endsOf( text ).size(), said );
+}
+
 class HostRegrets : public ::testing::TestWithParam<Regret> {};
 
 TEST_P( HostRegrets, AreToldAtTheSetting ) {
     EXPECT_EQ( warningsOf( hostWith( GetParam().setting ) ), GetParam().warning );
+}
+
+TEST_P( HostRegrets, AreMarkedWhereTheyEndTheProcess ) {
+    expectMarkedAsSaid( hostWith( GetParam().setting ), GetParam().warning );
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -94,6 +117,10 @@ TEST_P( GroupRegrets, AreToldAtTheGroup ) {
         warningsOf( groupWith( GetParam().setting ) ),
         std::string( ":3:34: error: group " ) + GetParam().warning
     );
+}
+
+TEST_P( GroupRegrets, AreMarkedWhereTheyEndTheProcess ) {
+    expectMarkedAsSaid( groupWith( GetParam().setting ), GetParam().warning );
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -43,8 +43,8 @@ GroupWarnings::check() {
 }
 
 void
-GroupWarnings::warn( GroupSpec const& group, std::string const& text ) {
-    warnings_.add( group.at, "group " + textOf( group.multicastAddr ) + text );
+GroupWarnings::warn( GroupSpec const& group, std::string const& text, bool endsProcess ) {
+    warnings_.add( group.at, "group " + textOf( group.multicastAddr ) + text, endsProcess );
 }
 
 void
@@ -64,7 +64,7 @@ GroupWarnings::checkFilterMode( GroupSpec const& group ) {
     if ( mode == IgmpV3GroupRecord::include && group.sources.empty() ) {
         warn( group, ": filterMode include without sources joins nothing" );
     } else if ( mode != IgmpV3GroupRecord::include && mode != IgmpV3GroupRecord::exclude ) {
-        warn( group, ": a filterMode other than include and exclude ends the process in version 3" );
+        warn( group, ": a filterMode other than include and exclude ends the process in version 3", true );
     }
 }
 

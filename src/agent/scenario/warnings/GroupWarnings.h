@@ -17,7 +17,7 @@ class GroupWarnings {
     void checkSources( GroupSpec const& group );
     void checkReplication( GroupSpec const& group );
     bool hasGroupOutside( GroupSpec const& block ) const;
-    void warn( GroupSpec const& group, std::string const& text );
+    void warn( GroupSpec const& group, std::string const& text, bool endsProcess = false );
 
     HostSpec const& host_;
     Diagnostics& warnings_;

@@ -20,8 +20,8 @@ HostWarnings::check() {
 }
 
 void
-HostWarnings::warn( Kiv::AttributeId id, std::string const& text ) {
-    warnings_.add( spec_.settings.placeOf( id, spec_.at ), text );
+HostWarnings::warn( Kiv::AttributeId id, std::string const& text, bool endsProcess ) {
+    warnings_.add( spec_.settings.placeOf( id, spec_.at ), text, endsProcess );
 }
 
 void
@@ -56,7 +56,8 @@ HostWarnings::checkBinding() {
         warn(
             IgmpHost::attrProcessV3GroupChange,
             "processV3GroupChange: false leaves the groups unjoined, and removing one later can end the "
-            "process"
+            "process",
+            true
         );
     }
 }
@@ -100,14 +101,15 @@ HostWarnings::checkVersion() {
     constexpr char ends[] = " at version 3, a version 2 query for one of its groups ends the process";
     if ( value<bool>( IgmpHost::attrIgmpVersionForced ) ) {
         warn(
-            IgmpHost::attrIgmpVersionForced, std::string( "igmpVersionForced: with the host held" ) + ends
+            IgmpHost::attrIgmpVersionForced, std::string( "igmpVersionForced: with the host held" ) + ends,
+            true
         );
     }
     for ( Kiv::AttributeId const id :
           { IgmpHost::attrV1RouterPresentTimeout, IgmpHost::attrV2RouterPresentTimeout } ) {
         if ( !Kiv::isFinite( value<Seconds>( id ) ) ) {
             std::string const name = spec_.settings.find( id )->attribute->name;
-            warn( id, name + ": infinity holds the host; then," + ends );
+            warn( id, name + ": infinity holds the host; then," + ends, true );
         }
     }
 }
@@ -119,7 +121,7 @@ HostWarnings::checkRobustness() {
     U32 const robustness = value<U32>( IgmpHost::attrRobustness );
     std::string const told = "robustness: " + std::to_string( robustness );
     if ( ( robustness & most ) == 0 ) {
-        warn( IgmpHost::attrRobustness, told + " ends the process when sources change in version 3" );
+        warn( IgmpHost::attrRobustness, told + " ends the process when sources change in version 3", true );
     } else if ( robustness > most ) {
         warn(
             IgmpHost::attrRobustness, told + " is above 255; changes of sources are reported only " +
@@ -134,8 +136,10 @@ HostWarnings::checkMtu() {
     U32 const least = headerBytes( spec_ ) + leastRoom;
     if ( mtu < least ) {
         warn(
-            IgmpHost::attrMtu, "mtu: below " + std::to_string( least ) +
-                                   ", headers and a record with a source, a report ends the process"
+            IgmpHost::attrMtu,
+            "mtu: below " + std::to_string( least ) +
+                ", headers and a record with a source, a report ends the process",
+            true
         );
     } else if ( mtu > greatestMtu ) {
         warn( IgmpHost::attrMtu, "mtu: above 65535 the room left in a packet is reckoned wrongly" );

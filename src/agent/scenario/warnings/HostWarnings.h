@@ -25,7 +25,7 @@ class HostWarnings {
         return spec_.settings.value<T>( id );
     }
     /// Warns at the place of the attribute's setting, or of the host where it is not set.
-    void warn( Kiv::AttributeId id, std::string const& text );
+    void warn( Kiv::AttributeId id, std::string const& text, bool endsProcess = false );
 
     HostSpec const& spec_;
     Diagnostics& warnings_;
