@@ -25,6 +25,15 @@ igmpVersion( std::string const& text ) {
 }
 
 void
+addDevice( CLI::App& command, std::string& device, Zornet::NamespaceName& ns ) {
+    command.add_option( "DEVICE", device, "A network device of this machine" )
+        ->required()
+        ->type_name( "NAME" );
+    auto const parse = []( std::string const& text ) { return Zornet::NamespaceName( text ); };
+    addParsed( command, "--ns", ns, parse, "NAME", "The network namespace that the device is in" );
+}
+
+void
 addTraces( CLI::App& command, std::vector<TraceRequest>& traces ) {
     auto const take = [&traces]( std::vector<std::string> const& texts ) {
         try {

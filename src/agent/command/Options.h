@@ -31,6 +31,9 @@ addParsed(
 Kiv::Seconds duration( std::string const& text ); ///< above 0
 Igmp::IgmpVersion igmpVersion( std::string const& text );
 
+/// The argument DEVICE and the option --ns of the verbs that work on one device.
+void addDevice( CLI::App& command, std::string& device, Zornet::NamespaceName& ns );
+
 /// The option --trace of every verb that runs hosts.
 void addTraces( CLI::App& command, std::vector<TraceRequest>& traces );
 

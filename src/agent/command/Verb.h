@@ -16,6 +16,7 @@ struct Verb {
 // Each adds its subcommand; one source file each.
 Verb addDemo( CLI::App& app );
 Verb addModel( CLI::App& app );
+Verb addQuery( CLI::App& app );
 Verb addRun( CLI::App& app );
 
 } // namespace Agent

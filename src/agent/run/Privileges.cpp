@@ -21,7 +21,7 @@ hasCapability( int capability ) {
 }
 
 bool
-entersNamespace( HostSpec const& spec ) {
+hostEntersNamespace( HostSpec const& spec ) {
     return !spec.settings.value<Zornet::NamespaceName>( Igmp::IgmpHost::attrNs ).empty();
 }
 
@@ -29,14 +29,19 @@ entersNamespace( HostSpec const& spec ) {
 
 std::string
 missingPrivilege( Scenario const& scenario ) {
+    return missingPrivilege( std::any_of( scenario.hosts.begin(), scenario.hosts.end(), &hostEntersNamespace )
+    );
+}
+
+std::string
+missingPrivilege( bool entersNamespace ) {
     std::string missing;
     std::string grant;
     if ( !hasCapability( CAP_NET_RAW ) ) {
         missing = "packet sockets need the capability CAP_NET_RAW";
         grant = "cap_net_raw";
     }
-    bool const needsNamespace = std::any_of( scenario.hosts.begin(), scenario.hosts.end(), entersNamespace );
-    if ( needsNamespace && !hasCapability( CAP_SYS_ADMIN ) ) {
+    if ( entersNamespace && !hasCapability( CAP_SYS_ADMIN ) ) {
         missing += std::string( missing.empty() ? "" : ", and " ) +
                    "entering a network namespace needs the capability CAP_SYS_ADMIN";
         grant += grant.empty() ? "cap_sys_admin" : ",cap_sys_admin";

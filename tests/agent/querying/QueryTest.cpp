@@ -1,0 +1,107 @@
+#include <csignal>
+#include <nlohmann/json.hpp>
+
+#include "tests/agent/CableTest.h"
+
+namespace Agent {
+
+namespace {
+
+using ::testing::ContainsRegex;
+using ::testing::HasSubstr;
+using Json = nlohmann::json;
+
+class Query : public CableTest {
+  protected:
+    /// Arguments of a query at the far end that is over soon.
+    std::vector<std::string> scan( std::vector<std::string> const& more ) const {
+        std::vector<std::string> arguments =
+            atFarEnd( { "query", "--once", "--igmp-version", "2", "--response-time", "0.2" } );
+        arguments.insert( arguments.end(), more.begin(), more.end() );
+        return arguments;
+    }
+};
+
+TEST_F( Query, OncePrintsWhoWantsWhatAsJson ) {
+    AgentProcess hosts( { "run", scenario() } );
+    ASSERT_TRUE( hasBegun( hosts ) );
+    AgentProcess query( scan( { "--json", "--address", "10.0.0.7" } ) );
+    EXPECT_EQ( query.exitStatus(), 0 );
+    Json const found = Json::parse( query.written( AgentProcess::output ) );
+    EXPECT_EQ( found["querier"], "10.0.0.7" );
+    EXPECT_EQ( found["counters"]["generalQueriesSent"], 1 );
+    ASSERT_EQ( found["groups"].size(), 2U );
+    EXPECT_EQ( found["groups"][0]["group"], "239.1.1.1" );
+    EXPECT_EQ( found["groups"][0]["filterMode"], "exclude" );
+    EXPECT_EQ( found["groups"][0]["igmpVersion"], 2 );
+    EXPECT_THAT( found["groups"][0]["lastReporter"], ::testing::StartsWith( "10.0.0.1" ) );
+}
+
+TEST_F( Query, OnceWithoutHostsIsAnEmptyTable ) {
+    AgentProcess query( scan( {} ) );
+    EXPECT_EQ( query.exitStatus(), 0 );
+    EXPECT_EQ(
+        query.written( AgentProcess::output ), "0 groups; asked 1 times, heard 0 reports and 0 leaves\n"
+    );
+}
+
+TEST_F( Query, AsksFromTheAddressesOfTheDevice ) {
+    far_->ip( "addr add 10.0.0.99/24 dev far0" );
+    AgentProcess query( scan( { "--json" } ) );
+    EXPECT_EQ( query.exitStatus(), 0 );
+    EXPECT_EQ( Json::parse( query.written( AgentProcess::output ) )["querier"], "10.0.0.99" );
+}
+
+TEST_F( Query, TellsWhatItLearnsAndWhatEnds ) {
+    AgentProcess query( atFarEnd( { "query", "--igmp-version", "2", "--interval", "1", "--response-time",
+                                    "0.1", "--robustness", "1" } ) );
+    ASSERT_TRUE( hasBegun( query ) );
+    {
+        AgentProcess hosts( { "run", scenario() } );
+        ASSERT_TRUE( query.waitFor( AgentProcess::output, " + 239.1.1.2  EXCLUDE {}  version 2" ) );
+    }
+    EXPECT_TRUE( query.waitFor( AgentProcess::output, " - 239.1.1.2\n" ) );
+    query.signal( SIGINT );
+    EXPECT_EQ( query.exitStatus(), 0 );
+    EXPECT_THAT(
+        query.written( AgentProcess::output ), ContainsRegex( "group.*; asked [0-9]+ times, heard" )
+    );
+}
+
+TEST_F( Query, AsksInItsVlan ) {
+    AgentProcess hosts( { "run", scenario( "    tagged: true\n    vlanId: 7\n" ) } );
+    ASSERT_TRUE( hasBegun( hosts ) );
+    AgentProcess inVlan( scan( { "--json", "--vlan", "7" } ) );
+    AgentProcess elsewhere( scan( { "--json" } ) );
+    EXPECT_EQ( inVlan.exitStatus() + elsewhere.exitStatus(), 0 );
+    EXPECT_EQ( Json::parse( inVlan.written( AgentProcess::output ) )["groups"].size(), 2U );
+    EXPECT_EQ( Json::parse( elsewhere.written( AgentProcess::output ) )["groups"].size(), 0U );
+}
+
+TEST_F( Query, MissingDeviceOrNamespaceIsNamed ) {
+    AgentProcess device( { "query", "far9", "--ns", far_->name() } );
+    EXPECT_EQ( device.exitStatus(), 1 );
+    EXPECT_EQ(
+        device.written( AgentProcess::errors ),
+        "igmphost: error: no such device: far9 in " + far_->name() + "\n"
+    );
+    AgentProcess ns( { "query", "far0", "--ns", "igmphost-none" } );
+    EXPECT_EQ( ns.exitStatus(), 1 );
+    EXPECT_EQ(
+        ns.written( AgentProcess::errors ),
+        "igmphost: error: cannot enter the network namespace 'igmphost-none': No such file or directory\n"
+    );
+}
+
+TEST_F( Query, TimesWithWhichNobodyCanAskAreWrongUsage ) {
+    AgentProcess query( { "query", "lo", "--interval", "5", "--response-time", "5" } );
+    EXPECT_EQ( query.exitStatus(), 2 );
+    EXPECT_EQ(
+        query.written( AgentProcess::errors ),
+        "igmphost: error: queryResponseInterval must be below the query interval\n"
+    );
+}
+
+} // namespace
+
+} // namespace Agent
