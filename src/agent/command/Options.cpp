@@ -6,15 +6,6 @@
 
 namespace Agent {
 
-Kiv::Seconds
-duration( std::string const& text ) {
-    Kiv::Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
-    if ( seconds <= 0.0 || !Kiv::isFinite( seconds ) ) {
-        throw std::invalid_argument( "expected a number of seconds above 0, found '" + text + "'" );
-    }
-    return seconds;
-}
-
 Igmp::IgmpVersion
 igmpVersion( std::string const& text ) {
     auto const version = Kiv::ValueTraits<Igmp::IgmpVersion>::parse( text );

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "agent/output/TraceConsole.h"
-#include "model/IgmpHost.h"
+#include "agent/scenario/Scenario.h"
 
 namespace Agent {
 
@@ -27,8 +27,7 @@ addParsed(
     return command.add_option_function<std::string>( name, take, help )->type_name( form );
 }
 
-// What addParsed() takes for `parse`. Each raises std::exception that says what was expected.
-Kiv::Seconds duration( std::string const& text ); ///< above 0
+/// What addParsed() takes for `parse`: it raises std::exception that says what was expected.
 Igmp::IgmpVersion igmpVersion( std::string const& text );
 
 /// The argument DEVICE and the option --ns of the verbs that work on one device.

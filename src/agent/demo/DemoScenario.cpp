@@ -18,9 +18,9 @@ textOf( IpAddr const& addr ) {
     return Zornet::valueToStrep( addr ).charPtr();
 }
 
-IpAddr
-source( U32 number ) {
-    return IpAddr::fromHost( firstSource + number );
+AddressBlock
+sources( U32 number, U32 count ) {
+    return { IpAddr::fromHost( firstSource + number ), count, 1, {} };
 }
 
 void
@@ -31,8 +31,7 @@ exclude( GroupSpec& spec ) {
 GroupSpec
 groupBlock( U32 number, U32 count ) {
     GroupSpec spec;
-    spec.multicastAddr = IpAddr::fromHost( firstGroup + number );
-    spec.count = count;
+    spec.groups = AddressList( { { IpAddr::fromHost( firstGroup + number ), count, 1, {} } } );
     return spec;
 }
 
@@ -45,7 +44,7 @@ version3Group( U32 number, U32 host ) {
     constexpr U32 shared = 100;
     GroupSpec spec = groupBlock( number, 1 );
     if ( number % kinds != 0 ) {
-        spec.sources = { source( host % variants ), source( host % variants + 1 ), source( shared ) };
+        spec.sources = AddressList( { sources( host % variants, 2 ), sources( shared, 1 ) } );
     }
     if ( number % kinds != 1 ) {
         exclude( spec );

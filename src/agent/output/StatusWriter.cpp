@@ -49,15 +49,13 @@ void
 writeStatus( std::ostream& out, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir ) {
     char const* before = "\n";
     out << "{\"hosts\": {";
-    for ( HostSpec const& spec : scenario.hosts ) {
-        for ( U32 i = 0; i < spec.count; ++i ) {
-            std::string const name = spec.hostName( i );
-            if ( Kiv::Ptr<Igmp::IgmpHostStatus> const status = dir.igmpHostStatus( name ) ) {
-                out << before << textOf( name ) << ": " << textOf( jsonOf( *status ) );
-                before = ",\n";
-            }
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        std::string const name = spec.hostName( index );
+        if ( Kiv::Ptr<Igmp::IgmpHostStatus> const status = dir.igmpHostStatus( name ) ) {
+            out << before << textOf( name ) << ": " << textOf( jsonOf( *status ) );
+            before = ",\n";
         }
-    }
+    } );
     out << "\n}}\n";
 }
 

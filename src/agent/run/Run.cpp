@@ -72,7 +72,7 @@ Runner::run() {
     for ( auto const& part : parts_ ) {
         part->handleStarted();
     }
-    Kiv::defaultActivity()->activitySm().runFor( context_.options.duration.value_or( Kiv::never ) );
+    Kiv::defaultActivity()->activitySm().runFor( context_.scenario.duration.value_or( Kiv::never ) );
     ExitStatus status = exitDone;
     for ( auto const& part : parts_ ) {
         status = std::max( status, part->handleEnded() );
@@ -96,8 +96,8 @@ void
 Runner::tellBegin() const {
     U64 const hosts = context_.scenario.hostCount();
     std::cerr << "igmphost: " << hosts << ( hosts == 1 ? " host" : " hosts" );
-    if ( context_.options.duration ) {
-        std::cerr << " for " << *context_.options.duration << " s" << std::endl;
+    if ( context_.scenario.duration ) {
+        std::cerr << " for " << *context_.scenario.duration << " s" << std::endl;
     } else {
         std::cerr << " until Ctrl-C" << std::endl;
     }
@@ -111,16 +111,25 @@ Runner::tellEnd() const {
               << totals.queriesHeard << " queries" << std::endl;
 }
 
+/// What the command line says goes before what the files say.
+void
+applyOptions( RunOptions const& options, Scenario& scenario ) {
+    scenario.duration = options.duration ? options.duration : scenario.duration;
+    scenario.shard = options.shard.value_or( scenario.shard );
+    scenario.seed = options.seed ? options.seed : scenario.seed;
+}
+
 } // namespace
 
 ExitStatus
 run( RunOptions const& options ) {
     Diagnostics errors;
-    Scenario const scenario = readScenario( options.scenarioFiles, errors );
+    Scenario scenario = readScenario( options.scenarioFiles, errors );
     if ( !errors.empty() ) {
         errors.print( std::cerr, scenario.files, "error" );
         return exitWrongUsage;
     }
+    applyOptions( options, scenario );
     scenarioWarnings( scenario ).print( std::cerr, scenario.files, "warning" );
     if ( std::string const missing = missingPrivilege( scenario ); !missing.empty() ) {
         std::cerr << "igmphost: error: " << missing << std::endl;

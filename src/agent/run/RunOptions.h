@@ -5,13 +5,17 @@
 #include <vector>
 
 #include "agent/output/TraceConsole.h"
-#include "platform/kiv/Types.h"
+#include "agent/scenario/Scenario.h"
 
 namespace Agent {
 
 struct RunOptions {
     std::vector<std::string> scenarioFiles;
-    std::optional<Kiv::Seconds> duration;  ///< none: until a signal
+    // Where these are set, they go before what the scenario says.
+    std::optional<Kiv::Seconds> duration;
+    std::optional<Shard> shard;
+    std::optional<Kiv::U64> seed;
+
     std::optional<std::string> statusFile; ///< "-" for the standard output
     std::vector<TraceRequest> traces;
 };

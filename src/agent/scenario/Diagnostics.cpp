@@ -16,6 +16,13 @@ standsBefore( Diagnostic const& a, Diagnostic const& b ) {
 } // namespace
 
 void
+Diagnostics::addRepetition(
+    Position const& at, std::string const& what, Position const& first, std::vector<std::string> const& files
+) {
+    add( at, what + " is there already, in " + placeSeenFrom( first, at, files ) );
+}
+
+void
 Diagnostics::print( std::ostream& out, std::vector<std::string> const& files, char const* severity ) const {
     std::vector<Diagnostic> ordered = entries_;
     std::stable_sort( ordered.begin(), ordered.end(), standsBefore );

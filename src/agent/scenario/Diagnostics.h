@@ -28,6 +28,11 @@ class Diagnostics {
         entries_.push_back( { at, std::move( text ), endsProcess } );
     }
     std::vector<Diagnostic> const& entries() const { return entries_; }
+    /// "WHAT is there already, in line N".
+    void addRepetition(
+        Position const& at, std::string const& what, Position const& first,
+        std::vector<std::string> const& files
+    );
     bool empty() const { return entries_.empty(); }
     std::size_t size() const { return entries_.size(); }
 

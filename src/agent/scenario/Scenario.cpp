@@ -1,5 +1,7 @@
 #include "agent/scenario/Scenario.h"
 
+#include <algorithm>
+
 namespace Agent {
 
 using Igmp::IgmpHost;
@@ -25,11 +27,6 @@ ethAddrOf( U64 number ) {
     return EthAddr( bytes );
 }
 
-IpAddr
-GroupSpec::group( U32 index ) const {
-    return IpAddr::fromHost( multicastAddr.hostOrder() + index );
-}
-
 std::string
 HostSpec::hostName( U32 index ) const {
     return count == 1 ? name : name + "-" + std::to_string( index + 1 );
@@ -53,12 +50,46 @@ HostSpec::vlanId( U32 index ) const {
 }
 
 U64
+HostSpec::groupCount() const {
+    U64 all = 0;
+    for ( GroupSpec const& group : groups ) {
+        all += group.groups.count();
+    }
+    return all;
+}
+
+Shard
+shardOf( std::string_view text ) {
+    constexpr U64 most = 1'000'000;
+    try {
+        std::size_t const slash = std::min( text.find( '/' ), text.size() );
+        U64 const number = Kiv::parseUnsigned( text.substr( 0, slash ), most, "number" );
+        U64 const shards =
+            Kiv::parseUnsigned( text.substr( std::min( slash + 1, text.size() ) ), most, "number" );
+        if ( number >= 1 && number <= shards ) {
+            return { static_cast<U32>( number ), static_cast<U32>( shards ) };
+        }
+    } catch ( Kiv::RangeException const& ) {
+    }
+    Kiv::throwExpected( "K/N, the K-th of N shares, such as 1/4", text );
+}
+
+Kiv::Seconds
+durationOf( std::string_view text ) {
+    Kiv::Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
+    if ( seconds <= 0.0 || !Kiv::isFinite( seconds ) ) {
+        Kiv::throwExpected( "a number of seconds above 0", text );
+    }
+    return seconds;
+}
+
+U64
 Scenario::hostCount() const {
     U64 count = 0;
     for ( HostSpec const& host : hosts ) {
         count += host.count;
     }
-    return count;
+    return shard.share( count );
 }
 
 } // namespace Agent

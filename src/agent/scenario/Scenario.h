@@ -4,26 +4,23 @@
 #include <string>
 #include <vector>
 
+#include "agent/expecting/Expectation.h"
+#include "agent/scenario/AddressList.h"
 #include "agent/scenario/Settings.h"
+#include "agent/timeline/Event.h"
 #include "model/IgmpHost.h"
 
 namespace Agent {
 
-using Kiv::U16;
-using Kiv::U32;
-using Kiv::U64;
+/// The most hosts of a scenario.
+inline constexpr U32 mostHosts = 1'000'000;
 
-/// One entry of a host's groups: `count` consecutive groups that are alike.
+/// One entry of a host's groups: groups that are alike.
 struct GroupSpec {
     GroupSpec() : settings( Igmp::IgmpV3GroupRecord::attributes() ) {}
 
-    /// The group of that index, which must be below `count`.
-    Zornet::IpAddr group( U32 index ) const;
-    Zornet::IpAddr lastGroup() const { return group( count - 1 ); }
-
-    Zornet::IpAddr multicastAddr;
-    U32 count = 1;
-    std::vector<Zornet::IpAddr> sources;
+    AddressList groups;
+    AddressList sources;
     Settings settings;
     Position at;
 };
@@ -34,6 +31,8 @@ struct HostSpec {
 
     /// The name itself for a single host; with the index, counted from 1, behind it for one of several.
     std::string hostName( U32 index ) const;
+    /// How many groups each of the hosts has.
+    U64 groupCount() const;
     // What steps with the index. A host whose address is not set keeps the default.
     Zornet::IpAddr ipAddr( U32 index ) const;
     Zornet::EthAddr macAddr( U32 index ) const;
@@ -47,13 +46,49 @@ struct HostSpec {
     Position at;
 };
 
+/// The share of one process in the hosts of a scenario: of N such shares number K takes host K and every N-th
+/// from there on, in the order of the scenario.
+struct Shard {
+    U32 number = 1; ///< K, from 1 to N
+    U32 shards = 1; ///< N
+
+    /// Of that many hosts, how many this share has.
+    U64 share( U64 hosts ) const { return ( hosts + shards - number ) / shards; }
+};
+
+// What a text stands for. Each raises RangeException that says what was expected and found.
+Shard shardOf( std::string_view text );           ///< "K/N"
+Kiv::Seconds durationOf( std::string_view text ); ///< above 0
+
 /// What a user wants to exist: plain data, checked one by one against what the model can hold.
 struct Scenario {
     std::vector<std::string> files;
     std::vector<HostSpec> hosts;
+    Settings defaults{ Igmp::IgmpHost::attributes() }; ///< every host that does not set them itself has them
+    Shard shard;
+    std::optional<U64> seed; ///< for what the agent itself draws
+    std::optional<Kiv::Seconds> duration;
+    std::vector<Event> events;
+    std::vector<Expectation> expectations;
 
+    /// How many hosts this process has.
     U64 hostCount() const;
+    /// Calls `f` with the entry and the index of each host that this process has, in order.
+    template <class F>
+    void forEachHost( F f ) const;
 };
+
+template <class F>
+void
+Scenario::forEachHost( F f ) const {
+    U64 next = shard.number - 1; // counted from the first host of the entry
+    for ( HostSpec const& spec : hosts ) {
+        for ( ; next < spec.count; next += shard.shards ) {
+            f( spec, static_cast<U32>( next ) );
+        }
+        next -= spec.count;
+    }
+}
 
 /// The address as a number, and back; the number must be below 2^48.
 U64 numberOf( Zornet::EthAddr const& addr );

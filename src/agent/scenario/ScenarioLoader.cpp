@@ -21,15 +21,15 @@ isStart( Kiv::AttributeId id ) {
 
 void
 loadGroups( GroupSpec const& spec, IgmpHost& host ) {
-    for ( U32 i = 0; i < spec.count; ++i ) {
-        Kiv::Ptr<IgmpV3GroupRecord> const record = host.v3groupIs( spec.group( i ) );
+    spec.groups.forEach( [&]( Zornet::IpAddr const& group ) {
+        Kiv::Ptr<IgmpV3GroupRecord> const record = host.v3groupIs( group );
         for ( Setting const& setting : spec.settings.settings() ) {
             setting.attribute->write( *record, setting.value );
         }
-        for ( Zornet::IpAddr const& source : spec.sources ) {
+        spec.sources.forEach( [&]( Zornet::IpAddr const& source ) {
             record->sourceIs()->sourceIpIs( source, 1 );
-        }
-    }
+        } );
+    } );
 }
 
 void
@@ -60,11 +60,11 @@ startHost( HostSpec const& spec, IgmpHost& host ) {
         spec.settings.find( IgmpHost::attrEnabled ) && !spec.settings.value<bool>( IgmpHost::attrEnabled );
     host.enabledIs( !disabled );
     for ( GroupSpec const& group : spec.groups ) {
-        for ( U32 i = 0; i < group.count; ++i ) {
-            if ( auto const record = host.v3group( group.group( i ) ) ) { // a template may have deleted it
+        group.groups.forEach( [&]( Zornet::IpAddr const& addr ) {
+            if ( auto const record = host.v3group( addr ) ) { // a template may have deleted it
                 record->versionIs( 1 );
             }
-        }
+        } );
     }
 }
 
@@ -72,20 +72,16 @@ startHost( HostSpec const& spec, IgmpHost& host ) {
 
 void
 loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
-    for ( HostSpec const& spec : scenario.hosts ) {
-        for ( U32 i = 0; i < spec.count; ++i ) {
-            loadHost( spec, i, *dir.igmpHostIs( spec.hostName( i ) ) );
-        }
-    }
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        loadHost( spec, index, *dir.igmpHostIs( spec.hostName( index ) ) );
+    } );
 }
 
 void
 startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
-    for ( HostSpec const& spec : scenario.hosts ) {
-        for ( U32 i = 0; i < spec.count; ++i ) {
-            startHost( spec, *dir.igmpHost( spec.hostName( i ) ) );
-        }
-    }
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        startHost( spec, *dir.igmpHost( spec.hostName( index ) ) );
+    } );
 }
 
 } // namespace Agent

@@ -24,9 +24,9 @@ TEST( DemoScenario, HostsHaveTheirOwnNamesAndAddresses ) {
 
 TEST( DemoScenario, NeighboursShareGroups ) {
     Scenario const scenario = demoScenario( { .hosts = 2, .groups = 3 } );
-    EXPECT_EQ( scenario.hosts.at( 0 ).groups.at( 0 ).multicastAddr, IpAddr( "239.1.0.0" ) );
-    EXPECT_EQ( scenario.hosts.at( 0 ).groups.at( 0 ).lastGroup(), IpAddr( "239.1.0.2" ) );
-    EXPECT_EQ( scenario.hosts.at( 1 ).groups.at( 0 ).multicastAddr, IpAddr( "239.1.0.1" ) );
+    EXPECT_EQ( scenario.hosts.at( 0 ).groups.at( 0 ).groups.lowest(), IpAddr( "239.1.0.0" ) );
+    EXPECT_EQ( scenario.hosts.at( 0 ).groups.at( 0 ).groups.highest(), IpAddr( "239.1.0.2" ) );
+    EXPECT_EQ( scenario.hosts.at( 1 ).groups.at( 0 ).groups.lowest(), IpAddr( "239.1.0.1" ) );
 }
 
 TEST( DemoScenario, AllHostsSitOnOneDevice ) {
@@ -59,11 +59,11 @@ TEST( DemoScenario, VlansAreDealtOut ) {
 
 TEST( DemoScenario, Version3HasBothModesWithAndWithoutSources ) {
     Scenario const scenario = demoScenario( { .hosts = 1, .groups = 3, .igmpVersion = Igmp::igmpVersion3 } );
-    std::vector<std::pair<std::string, std::size_t>> kinds;
+    std::vector<std::pair<std::string, U64>> kinds;
     for ( GroupSpec const& group : scenario.hosts.at( 0 ).groups ) {
         auto const mode =
             group.settings.value<Zornet::IgmpV3GroupRecordType>( Igmp::IgmpV3GroupRecord::attrFilterMode );
-        kinds.emplace_back( Zornet::stringValue( mode ).charPtr(), group.sources.size() );
+        kinds.emplace_back( Zornet::stringValue( mode ).charPtr(), group.sources.count() );
     }
     EXPECT_THAT(
         kinds, ElementsAre(

@@ -43,8 +43,8 @@ TEST( ScenarioReader, GroupsAreReadWithModeSourcesAndCount ) {
     auto const mode =
         groups[0].settings.value<IgmpV3GroupRecord::FilterMode>( IgmpV3GroupRecord::attrFilterMode );
     EXPECT_EQ( mode, IgmpV3GroupRecord::exclude );
-    EXPECT_EQ( groups[1].lastGroup(), IpAddr( "239.1.2.10" ) );
-    EXPECT_THAT( groups[1].sources, ElementsAre( IpAddr( "10.9.9.1" ), IpAddr( "10.9.9.2" ) ) );
+    EXPECT_EQ( groups[1].groups.highest(), IpAddr( "239.1.2.10" ) );
+    EXPECT_EQ( textOf( groups[1].sources ), "10.9.9.1 10.9.9.2" );
 }
 
 TEST( ScenarioReader, JsonIsTakenToo ) {
@@ -150,8 +150,13 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{ "hosts: [ { ipAddr: 10.0.0.1 } ]", ":1:10: error: missing key 'name' in a host\n" },
         Fault{ "hosts: [ { name: a, groups: [ { count: 2 } ] } ]",
                ":1:31: error: missing key 'multicastAddr' in a group\n" },
-        Fault{ "{ a: 1 }", ":1:1: error: missing key 'hosts' in a scenario\n"
-                           ":1:3: error: unknown key 'a' in a scenario; expected one of hosts\n" },
+        Fault{
+            "{ frobnicate: 1 }",
+            ":1:3: error: unknown key 'frobnicate' in a scenario; expected one of hosts, defaults, events, "
+            "expect, duration, seed, shard\n" },
+        Fault{ "{}", ": error: expected at least one host, found none\n" },
+        Fault{ "hosts: [ { name: a } ]\ndefaults: { mtuu: 9 }",
+               ":2:13: error: unknown key 'mtuu' in the defaults of hosts; did you mean 'mtu'?\n" },
         Fault{ "hosts:\n  - name: a\n    mtu: 9000\n    mtu: 1500",
                ":4:5: error: key 'mtu' is there already, in line 3\n" }
     )
@@ -180,10 +185,16 @@ INSTANTIATE_TEST_SUITE_P(
                ":1:48: error: unsolicitedReportInterval: expected a number, found 'soon'\n" },
         Fault{ "hosts: [ { name: '' } ]", ":1:18: error: name: expected a name, found ''\n" },
         Fault{ "hosts: [ { name: [ a ] } ]", ":1:18: error: name: expected a single value, found a list\n" },
-        Fault{ "hosts: [ { name: a, groups: 239.1.1.1 } ]",
-               ":1:29: error: groups: expected a list, found '239.1.1.1'\n" },
-        Fault{ "hosts: [ { name: a, groups: [ { multicastAddr: 239.1.1.1, sources: 10.0.0.1 } ] } ]",
-               ":1:68: error: sources: expected a list, found '10.0.0.1'\n" }
+        Fault{ "hosts: [ { name: a, groups: ~ } ]",
+               ":1:21: error: groups: expected a single value, found nothing\n" },
+        Fault{ "hosts: [ { name: a, groups: [ [ 239.1.1.1 ] ] } ]",
+               ":1:31: error: groups: expected a single value, found a list\n" },
+        Fault{ "hosts: [ { name: a } ]\nseed: -1",
+               ":2:7: error: seed: expected a whole number from 0 to 18446744073709551615, found '-1'\n" },
+        Fault{ "hosts: [ { name: a } ]\nduration: 0",
+               ":2:11: error: duration: expected a number of seconds above 0, found '0'\n" },
+        Fault{ "hosts: [ { name: a } ]\nshard: 3/2",
+               ":2:8: error: shard: expected K/N, the K-th of N shares, such as 1/4, found '3/2'\n" }
     )
 );
 
@@ -211,7 +222,8 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{ "hosts: [ { name: a, groups: [ { multicastAddr: 255.255.255.255, count: 2 } ] } ]",
                ":1:48: error: multicastAddr: 2 groups from 255.255.255.255 on run past 255.255.255.255\n" },
         Fault{ "hosts: [ { name: a, groups: [ { multicastAddr: 239.1.1.1, sources: [ 10.0.0.1, x ] } ] } ]",
-               ":1:80: error: sources: expected an IPv4 address such as 10.0.0.1, found 'x'\n" }
+               ":1:80: error: sources: expected an IPv4 address such as 239.1.1.1, or a range such as "
+               "239.1.1.0/24 or 239.1.1.1-239.1.1.50, found 'x'\n" }
     )
 );
 
@@ -246,6 +258,38 @@ TEST( ScenarioReader, NamespaceNameThatIsTooLongIsToldWithItsValue ) {
     EXPECT_EQ(
         errorsOf( "hosts: [ { name: a, ns: " + name + " } ]" ),
         ":1:25: error: ns: NamespaceName::bytes > 150 not allowed, found '" + name + "'\n"
+    );
+}
+
+TEST( ScenarioReader, DefaultsGoToHostsThatDoNotSetThemThemselves ) {
+    auto const hosts =
+        scenarioOf( "hosts: [ { name: a }, { name: b, mtu: 900 } ]\ndefaults: { mtu: 600 }" ).hosts;
+    EXPECT_EQ( hosts[0].settings.value<U32>( IgmpHost::attrMtu ), 600U );
+    EXPECT_EQ( hosts[1].settings.value<U32>( IgmpHost::attrMtu ), 900U );
+}
+
+TEST( ScenarioReader, KeysOfTheWholeAreKept ) {
+    Scenario const scenario = scenarioOf( "hosts: [ { name: a } ]\nseed: 7\nduration: 2.5\nshard: 2/3" );
+    EXPECT_EQ( scenario.seed, 7U );
+    EXPECT_EQ( scenario.duration, 2.5 );
+    EXPECT_EQ( scenario.shard.number, 2U );
+    EXPECT_EQ( scenario.shard.shards, 3U );
+}
+
+TEST( ScenarioReader, GroupWithoutAFilterModeIsJoined ) {
+    auto const groups = scenarioOf( "hosts: [ { name: a, groups: [ 239.1.1.1, { multicastAddr: 239.1.1.2 }, "
+                                    "{ multicastAddr: 239.1.1.3, sources: 10.0.0.1 } ] } ]" )
+                            .hosts.at( 0 )
+                            .groups;
+    std::vector<IgmpV3GroupRecord::FilterMode> modes;
+    for ( GroupSpec const& group : groups ) {
+        modes.push_back(
+            group.settings.value<IgmpV3GroupRecord::FilterMode>( IgmpV3GroupRecord::attrFilterMode )
+        );
+    }
+    EXPECT_THAT(
+        modes,
+        ElementsAre( IgmpV3GroupRecord::exclude, IgmpV3GroupRecord::exclude, IgmpV3GroupRecord::include )
     );
 }
 

@@ -39,6 +39,16 @@ errorsOf( std::string const& text ) {
     return linesOf( errors );
 }
 
+/// Every address of a list, with a blank between two.
+inline std::string
+textOf( AddressList const& list ) {
+    std::string text;
+    list.forEach( [&]( Zornet::IpAddr const& addr ) {
+        text += ( text.empty() ? "" : " " ) + Kiv::ValueTraits<Zornet::IpAddr>::format( addr );
+    } );
+    return text;
+}
+
 /// The same for the warnings of a text without errors.
 inline std::string
 warningsOf( std::string const& text ) {

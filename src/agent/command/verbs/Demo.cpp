@@ -7,7 +7,6 @@ namespace Agent {
 
 Verb
 addDemo( CLI::App& app ) {
-    constexpr U32 mostHosts = 1'000'000;
     constexpr U32 mostGroups = 100'000;
     constexpr U32 mostVlans = 4094;
     auto const options = std::make_shared<DemoOptions>();
@@ -29,7 +28,9 @@ addDemo( CLI::App& app ) {
             "--vlans", options->vlans, "Tag the hosts, spread over that many VLANs with a querier in each"
         )
         ->check( CLI::Range( 0U, mostVlans ) );
-    addParsed( command, "--duration", options->duration, duration, "S", "Seconds of the hosts' time [600]" );
+    addParsed(
+        command, "--duration", options->duration, durationOf, "S", "Seconds of the hosts' time [600]"
+    );
     command.add_flag( "--realtime", options->realtime, "Let the hosts' time pass as it does" );
     addTraces( command, options->traces );
     return { &command, [options] { return demo( *options ); } };

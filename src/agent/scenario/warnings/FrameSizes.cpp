@@ -25,7 +25,7 @@ headerBytes( HostSpec const& spec ) {
 }
 
 U64
-recordBytes( std::size_t sources ) {
+recordBytes( U64 sources ) {
     return sizeof( Zornet::IgmpReportGroupRecordHeader ) + sources * sizeof( Zornet::IpAddr );
 }
 

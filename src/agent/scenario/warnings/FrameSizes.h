@@ -12,6 +12,6 @@ inline constexpr U32 greatestMtu = 65535;
 U32 headerBytes( HostSpec const& spec );
 
 /// Bytes of a record with that many sources.
-U64 recordBytes( std::size_t sources );
+U64 recordBytes( U64 sources );
 
 } // namespace Agent

@@ -44,16 +44,17 @@ GroupWarnings::check() {
 
 void
 GroupWarnings::warn( GroupSpec const& group, std::string const& text, bool endsProcess ) {
-    warnings_.add( group.at, "group " + textOf( group.multicastAddr ) + text, endsProcess );
+    warnings_.add( group.at, "group " + textOf( group.groups.first() ) + text, endsProcess );
 }
 
 void
 GroupWarnings::checkAddress( GroupSpec const& group ) {
     constexpr U32 linkLocal = 0xe0000000; // 224.0.0.0/24
     constexpr U32 networkOf24 = 0xffffff00;
-    if ( !group.multicastAddr.isMulticast() || !group.lastGroup().isMulticast() ) {
+    IpAddr const lowest = group.groups.lowest();
+    if ( !lowest.isMulticast() || !group.groups.highest().isMulticast() ) {
         warn( group, ": outside 224.0.0.0/4 there are no multicast groups" );
-    } else if ( ( group.multicastAddr.hostOrder() & networkOf24 ) == linkLocal ) {
+    } else if ( ( lowest.hostOrder() & networkOf24 ) == linkLocal ) {
         warn( group, ": routers and snooping switches do not keep track of 224.0.0.0/24 (RFC 4541)" );
     }
 }
@@ -78,9 +79,9 @@ GroupWarnings::checkSources( GroupSpec const& group ) {
         return;
     }
     U32 const mtu = host_.settings.value<U32>( IgmpHost::attrMtu );
-    if ( headerBytes( host_ ) + recordBytes( group.sources.size() ) > mtu ) {
+    if ( headerBytes( host_ ) + recordBytes( group.sources.count() ) > mtu ) {
         warn(
-            group, ": a record of its " + std::to_string( group.sources.size() ) +
+            group, ": a record of its " + std::to_string( group.sources.count() ) +
                        " sources is larger than the mtu, and a change of filter mode is never reported whole"
         );
     }
@@ -88,7 +89,7 @@ GroupWarnings::checkSources( GroupSpec const& group ) {
 
 void
 GroupWarnings::checkReplication( GroupSpec const& group ) {
-    if ( U64{ group.multicastAddr.hostOrder() } + blockSize( group ) - 1 > 0xffffffffU ) {
+    if ( U64{ group.groups.highest().hostOrder() } + blockSize( group ) - 1 > 0xffffffffU ) {
         warn( group, ": its copies run past 255.255.255.255, which deletes every group of the host" );
     } else if ( hasGroupOutside( group ) ) {
         warn( group, ": replicate deletes every group of the host that is not one of its copies" );
@@ -100,10 +101,10 @@ GroupWarnings::checkReplication( GroupSpec const& group ) {
 
 bool
 GroupWarnings::hasGroupOutside( GroupSpec const& block ) const {
-    U64 const first = block.multicastAddr.hostOrder();
+    U64 const first = block.groups.first().hostOrder();
     U64 const last = first + blockSize( block ) - 1;
     return std::any_of( host_.groups.begin(), host_.groups.end(), [&]( GroupSpec const& group ) {
-        return group.multicastAddr.hostOrder() < first || group.lastGroup().hostOrder() > last;
+        return group.groups.lowest().hostOrder() < first || group.groups.highest().hostOrder() > last;
     } );
 }
 

@@ -37,7 +37,10 @@ class YamlReader {
     Position at( YAML::Node const& node ) const { return at( node.Mark() ); }
     void error( Position const& at, std::string const& text ) { errors_.add( at, text ); }
     /// "WHAT is there already, in line N".
-    void repetition( Position const& at, std::string const& what, Position const& first );
+    void repetition( Position const& at, std::string const& what, Position const& first ) {
+        errors_.addRepetition( at, what, first, files_ );
+    }
+    Diagnostics& errors() { return errors_; }
 
     /// Calls `read` for each known key of a map, once.
     void readMap( YamlField const& map, KeySet const& keys, Kiv::FunctionRef<void( YamlField const& )> read );
@@ -48,8 +51,22 @@ class YamlReader {
     std::optional<Kiv::U64> readWhole( YamlField const& field, Kiv::U64 least, Kiv::U64 greatest );
     /// A value of that type.
     std::optional<std::any> readValue( YamlField const& field, Kiv::ValueType const& type );
+    /// What `parse` makes of the text of a single value. It raises RangeException for what it does not take.
+    template <class Parse>
+    auto readParsed( YamlField const& field, Parse parse ) {
+        std::optional<decltype( parse( std::string_view() ) )> value;
+        if ( std::optional<std::string> const text = readText( field ) ) {
+            try {
+                value = parse( std::string_view( *text ) );
+            } catch ( Kiv::RangeException const& fault ) {
+                refused( field, fault );
+            }
+        }
+        return value;
+    }
 
   private:
+    void refused( YamlField const& field, Kiv::RangeException const& fault );
     Position at( YAML::Mark const& mark ) const;
     void expected( YamlField const& field, std::string const& what );
     bool checkKey( YamlField const& field, KeySet const& keys );

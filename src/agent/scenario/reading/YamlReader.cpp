@@ -1,4 +1,4 @@
-#include "agent/scenario/YamlReader.h"
+#include "agent/scenario/reading/YamlReader.h"
 
 #include <yaml-cpp/depthguard.h>
 
@@ -23,8 +23,8 @@ foundAt( YAML::Node const& node ) {
 }
 
 /// YAML writes infinity as ".inf".
-std::string
-plainText( std::string const& text, Kiv::ValueType const& type ) {
+std::string_view
+plainText( std::string_view text, Kiv::ValueType const& type ) {
     return type.form == Kiv::ValueForm::real && text == ".inf" ? "inf" : text;
 }
 
@@ -50,11 +50,6 @@ YamlReader::document( std::string const& text ) {
 Position
 YamlReader::at( YAML::Mark const& mark ) const {
     return mark.is_null() ? Position{ file_ } : Position{ file_, mark.line + 1, mark.column + 1 };
-}
-
-void
-YamlReader::repetition( Position const& at, std::string const& what, Position const& first ) {
-    error( at, what + " is there already, in " + placeSeenFrom( first, at, files_ ) );
 }
 
 void
@@ -143,20 +138,18 @@ YamlReader::readWhole( YamlField const& field, Kiv::U64 least, Kiv::U64 greatest
 
 std::optional<std::any>
 YamlReader::readValue( YamlField const& field, Kiv::ValueType const& type ) {
-    std::optional<std::string> const text = readText( field );
-    if ( !text ) {
-        return {};
+    return readParsed( field, [&]( std::string_view text ) {
+        return type.parse( plainText( text, type ) );
+    } );
+}
+
+void
+YamlReader::refused( YamlField const& field, Kiv::RangeException const& fault ) {
+    std::string message = fault.what();
+    if ( message.find( ", found " ) == std::string::npos ) {
+        message += ", found " + foundAt( field.value );
     }
-    try {
-        return type.parse( plainText( *text, type ) );
-    } catch ( Kiv::RangeException const& fault ) {
-        std::string message = fault.what();
-        if ( message.find( ", found " ) == std::string::npos ) {
-            message += ", found '" + *text + "'";
-        }
-        error( field.at, field.key + ": " + message );
-    }
-    return {};
+    error( field.at, field.key + ": " + message );
 }
 
 } // namespace Agent
