@@ -7,6 +7,7 @@
 
 #include "agent/output/StatusFile.h"
 #include "agent/output/StatusTotals.h"
+#include "agent/run/Leaving.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
 #include "agent/scenario/ScenarioLoader.h"
@@ -49,6 +50,7 @@ class Runner {
 
   private:
     void handleSignal( int signal );
+    void leave();
     void tellBegin() const;
     void tellEnd() const;
 
@@ -73,6 +75,12 @@ Runner::run() {
         part->handleStarted();
     }
     Kiv::defaultActivity()->activitySm().runFor( context_.scenario.duration.value_or( Kiv::never ) );
+    for ( auto const& part : parts_ ) {
+        part->handleTimeOver();
+    }
+    if ( context_.options.leaveOnExit ) {
+        leave();
+    }
     ExitStatus status = exitDone;
     for ( auto const& part : parts_ ) {
         status = std::max( status, part->handleEnded() );
@@ -89,6 +97,14 @@ Runner::handleSignal( int signal ) {
         }
     } else {
         Kiv::defaultActivity()->activitySm().stop();
+    }
+}
+
+void
+Runner::leave() {
+    std::cerr << "igmphost: leaving every group; Ctrl-C ends at once" << std::endl;
+    if ( !Leaving( emulation_, wheel_ ).run() ) {
+        std::cerr << "igmphost: ended before every leave was told" << std::endl;
     }
 }
 

@@ -17,6 +17,7 @@ struct RunOptions {
     std::optional<Kiv::U64> seed;
 
     std::optional<std::string> statusFile; ///< "-" for the standard output
+    bool leaveOnExit = false;              ///< the hosts leave their groups before they go
     std::vector<TraceRequest> traces;
 };
 

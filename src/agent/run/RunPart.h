@@ -29,6 +29,9 @@ class RunPart {
     virtual void handleStarted() {}
     /// SIGUSR1.
     virtual void handleStatusWanted() {}
+    /// The time is over: from now on nothing happens by plan. The hosts are as they were, and may leave their
+    /// groups next.
+    virtual void handleTimeOver() {}
     /// The run is over; the hosts are still there. Returns how it went for this part; the worst of all is how
     /// the command ends.
     virtual ExitStatus handleEnded() { return exitDone; }

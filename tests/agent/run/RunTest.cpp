@@ -133,6 +133,42 @@ TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {
     EXPECT_EQ( agent.exitStatus(), 0 );
 }
 
+TEST_F( Run, HostsGoWithoutALeave ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", "-" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_EQ( Json::parse( agent.written( AgentProcess::output ) )["hosts"]["rx-1"]["v2LeavesSent"], 0 );
+}
+
+TEST_F( Run, HostsLeaveTheirGroupsFirstWhereTheyAreTold ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", "-", "--leave-on-exit" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_EQ( Json::parse( agent.written( AgentProcess::output ) )["hosts"]["rx-1"]["v2LeavesSent"], 11 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        HasSubstr( "igmphost: leaving every group; Ctrl-C ends at once\n" )
+    );
+}
+
+TEST_F( Run, SecondSignalEndsTheLeavingAtOnce ) {
+    cableIs();
+    std::string const slow = "    igmpVersion: 3\n    unsolicitedReportInterval: 3600\n";
+    AgentProcess agent( { "run", scenario( slow ), "--leave-on-exit" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGINT );
+    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, "Ctrl-C ends at once\n" ) );
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ), HasSubstr( "igmphost: ended before every leave was told\n" )
+    );
+}
+
 TEST_F( Run, WarningsAreToldAndTheRunGoesOn ) {
     cableIs();
     AgentProcess agent( { "run", scenario( "    robustness: 0\n" ), "--duration", "0.01" } );

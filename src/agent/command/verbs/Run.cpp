@@ -29,6 +29,10 @@ addRun( CLI::App& app ) {
             "Draw what the timeline leaves to chance from this number; the same number, the same run"
         )
         ->type_name( "N" );
+    command.add_flag(
+        "--leave-on-exit", options->leaveOnExit,
+        "Leave every group at the end, and wait until the network has been told; a second Ctrl-C ends at once"
+    );
     addTraces( command, options->traces );
     return { &command, [options] { return run( *options ); } };
 }
