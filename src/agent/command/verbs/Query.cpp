@@ -16,15 +16,15 @@ addProtocol( CLI::App& command, QueryOptions& options ) {
     };
     addParsed( command, "--igmp-version", config.version, version, "V", "Protocol to ask by, 1 to 3 [3]" );
     addParsed(
-        command, "--interval", config.queryInterval, duration, "S",
+        command, "--interval", config.queryInterval, durationOf, "S",
         "Seconds from general query to query [125]"
     );
     addParsed(
-        command, "--response-time", options.responseTime, duration, "S",
+        command, "--response-time", options.responseTime, durationOf, "S",
         "Seconds within which hosts are to answer [10, or half of the interval where that is less]"
     );
     addParsed(
-        command, "--last-member", config.lastMemberQueryInterval, duration, "S",
+        command, "--last-member", config.lastMemberQueryInterval, durationOf, "S",
         "Seconds within which hosts are to answer after a leave [1]"
     );
     command.add_option( "--robustness", config.robustness, "How often queries are repeated" )
@@ -69,7 +69,7 @@ addQuery( CLI::App& app ) {
     addProtocol( command, *options );
     command.add_flag( "--once", options->once, "Ask one time, wait for the answers, print the membership" );
     command.add_flag( "--json", options->json, "Print JSON" );
-    addParsed( command, "--duration", options->duration, duration, "S", "End after so many seconds" );
+    addParsed( command, "--duration", options->duration, durationOf, "S", "End after so many seconds" );
     addTraces( command, options->traces );
     return { &command, [options] { return query( *options ); } };
 }
