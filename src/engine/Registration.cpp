@@ -27,7 +27,10 @@ constinit Kiv::TypeSlot types[] = {
     { object<IgmpHostConfigHelper>( "Igmp::IgmpHostConfigHelper" ) },
     { Kiv::classType<IgmpHostTestAgentRoot>( "Igmp::IgmpHostTestAgentRoot", &Kiv::Entity::_fwkType ) },
 };
-constinit Kiv::RegistrationUnit unit( "Igmp", types );
+constexpr Kiv::NamedKey namedKeys[] = {
+    { "Igmp::IgmpHostDirSm", "multiplexerDir", "multiplexerDir_Intf" },
+};
+constinit Kiv::RegistrationUnit unit( "Igmp", types, namedKeys );
 
 /// The host model loads first, then the state machines, then the VLAN classes.
 [[gnu::init_priority( 65002 ), maybe_unused]] Kiv::UnitLoader const loaded( unit );

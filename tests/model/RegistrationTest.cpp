@@ -151,6 +151,15 @@ TEST_F( Registration, EnumeratorsHaveTheirNumberAsId ) {
     EXPECT_EQ( attr( "Igmp::TimerState", "timerExpired" ).id(), 2 );
 }
 
+TEST_F( Registration, KeyOfTheMultiplexersHasANameOfItsOwn ) {
+    EXPECT_EQ(
+        attr( "Igmp::IgmpHostDirSm", "multiplexerDir" ).keyTypeName(), String8( "multiplexerDir_Intf" )
+    );
+    EXPECT_EQ(
+        attr( "Igmp::IgmpHostDirSm", "multiplexerRefCount" ).keyTypeName(), String8( "Zornet::IntfId" )
+    );
+}
+
 TEST_F( Registration, CollectionsNameTheirKeysAndMembers ) {
     Kiv::KivAttr const& groups = attr( "Igmp::IgmpHost", "v3group" );
     EXPECT_EQ( groups.typeName(), String8( "Igmp::IgmpV3GroupRecord" ) );

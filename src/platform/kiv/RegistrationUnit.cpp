@@ -40,6 +40,18 @@ typeText( Attribute const& row ) {
     return row.type ? row.type->name : row.objectType;
 }
 
+/// What introspection calls the key of a collection; empty for what is none.
+char const*
+keyText( Type const& type, Attribute const& row, std::span<NamedKey const> namedKeys ) {
+    for ( NamedKey const& named : namedKeys ) {
+        if ( std::string_view( type.name() ) == named.type &&
+             std::string_view( row.name ) == named.collection ) {
+            return named.key;
+        }
+    }
+    return row.keyType ? row.keyType->name : "";
+}
+
 void
 declareArguments( Type& type, TypeDeclaration const& declaration ) {
     if ( declaration.isNamed ) {
@@ -53,11 +65,9 @@ declareArguments( Type& type, TypeDeclaration const& declaration ) {
 }
 
 void
-declareRow( IntrospectionReactor& reactor, Type& type, Attribute const& row ) {
+declareRow( IntrospectionReactor& reactor, Type& type, Attribute const& row, char const* key ) {
     auto const [first, second] = flagsOf( row.kind );
-    reactor.defNoninstantiatingAttr(
-        &type, row.name, typeText( row ), row.keyType ? row.keyType->name : "", first, second, row.id
-    );
+    reactor.defNoninstantiatingAttr( &type, row.name, typeText( row ), key, first, second, row.id );
 }
 
 void
@@ -68,14 +78,17 @@ declareInherited( IntrospectionReactor& reactor, Type& type ) {
     reactor.handleAttr( attr );
     reactor.handleAttrContextExit();
     if ( Attribute const* const key = type.keyRow() ) {
-        declareRow( reactor, type, *key );
+        declareRow( reactor, type, *key, "" );
     }
 }
 
 void
-declareOwn( IntrospectionReactor& reactor, Type& type, TypeDeclaration const& declaration ) {
+declareOwn(
+    IntrospectionReactor& reactor, Type& type, TypeDeclaration const& declaration,
+    std::span<NamedKey const> namedKeys
+) {
     for ( Attribute const& row : type.attributes() ) {
-        declareRow( reactor, type, row );
+        declareRow( reactor, type, row, keyText( type, row, namedKeys ) );
     }
     if ( declaration.enumerators ) {
         for ( Enumerator const& one : declaration.enumerators() ) {
@@ -87,7 +100,10 @@ declareOwn( IntrospectionReactor& reactor, Type& type, TypeDeclaration const& de
 }
 
 void
-declareType( IntrospectionReactor& reactor, Type& type, TypeDeclaration const& declaration ) {
+declareType(
+    IntrospectionReactor& reactor, Type& type, TypeDeclaration const& declaration,
+    std::span<NamedKey const> namedKeys
+) {
     reactor.handleType( &type, type.base() );
     type.isEntityIs( declaration.kind == TypeKind::entity );
     type.isEnumTypeIs( declaration.kind == TypeKind::enumeration );
@@ -97,7 +113,7 @@ declareType( IntrospectionReactor& reactor, Type& type, TypeDeclaration const& d
     if ( type.isEntity() ) {
         declareInherited( reactor, type );
     }
-    declareOwn( reactor, type, declaration );
+    declareOwn( reactor, type, declaration, namedKeys );
     reactor.handleScopeExit();
 }
 
@@ -129,7 +145,7 @@ RegistrationUnit::registerTypes() {
     }
     reactor->handleNameSpace( nameSpace_ );
     for ( TypeSlot& slot : types_ ) {
-        declareType( *reactor, *slot.record, slot.declaration );
+        declareType( *reactor, *slot.record, slot.declaration, namedKeys_ );
     }
     reactor->handleScopeExit();
 }

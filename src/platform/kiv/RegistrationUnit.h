@@ -4,13 +4,22 @@
 
 namespace Kiv {
 
+/// A collection whose key introspection knows by a name of its own instead of by its type's.
+struct NamedKey {
+    char const* type; ///< in full name
+    char const* collection;
+    char const* key;
+};
+
 /// The types of one part of the library, in the order of their declaration. At load their names and the
 /// handles of their attributes are entered; they are declared to introspection once, the first time that they
 /// are asked for while it is live.
 class RegistrationUnit {
   public:
-    constexpr RegistrationUnit( char const* nameSpace, std::span<TypeSlot> types )
-        : nameSpace_( nameSpace ), types_( types ) {}
+    constexpr RegistrationUnit(
+        char const* nameSpace, std::span<TypeSlot> types, std::span<NamedKey const> namedKeys = {}
+    )
+        : nameSpace_( nameSpace ), types_( types ), namedKeys_( namedKeys ) {}
 
     /// For the unit's static initialiser.
     void load();
@@ -24,6 +33,7 @@ class RegistrationUnit {
 
     char const* const nameSpace_;
     std::span<TypeSlot> const types_;
+    std::span<NamedKey const> const namedKeys_;
     bool done_ = false;
 };
 
