@@ -16,8 +16,9 @@ target_compile_definitions( igmphost_agent_lib PRIVATE IGMPHOST_VERSION="${PROJE
 
 if( EXISTS ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )
    add_executable( igmphost_agent src/agent/main.cpp )
-   set_target_properties( igmphost_agent PROPERTIES
-      OUTPUT_NAME igmphost
-      INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}" )
+   set_target_properties( igmphost_agent PROPERTIES OUTPUT_NAME igmphost )
+   if( NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr" ) # where the loader looks by itself
+      set_target_properties( igmphost_agent PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}" )
+   endif()
    target_link_libraries( igmphost_agent PRIVATE igmphost_agent_lib igmphost_shared )
 endif()

@@ -10,7 +10,7 @@ namespace {
 TEST( Examples, HaveNeitherErrorsNorWarnings ) {
     std::filesystem::path const folder = std::filesystem::path( IGMPHOST_SOURCE_FOLDER ) / "examples";
     std::size_t scenarios = 0;
-    for ( auto const& entry : std::filesystem::directory_iterator( folder ) ) {
+    for ( auto const& entry : std::filesystem::recursive_directory_iterator( folder ) ) {
         if ( entry.path().extension() == ".yaml" ) {
             std::string const path = entry.path().string();
             Diagnostics errors;
