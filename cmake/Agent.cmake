@@ -3,6 +3,8 @@
 find_package( yaml-cpp REQUIRED )
 find_package( nlohmann_json REQUIRED )
 find_package( CLI11 REQUIRED )
+find_package( PkgConfig REQUIRED )
+pkg_check_modules( pcap REQUIRED IMPORTED_TARGET libpcap )
 
 igmphost_sources( agentSources src/agent )
 list( REMOVE_ITEM agentSources ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )
@@ -11,7 +13,7 @@ if( NOT agentSources )
 endif()
 add_library( igmphost_agent_lib STATIC ${agentSources} )
 target_link_libraries( igmphost_agent_lib PUBLIC
-   igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 )
+   igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 PkgConfig::pcap )
 target_compile_definitions( igmphost_agent_lib PRIVATE IGMPHOST_VERSION="${PROJECT_VERSION}" )
 
 if( EXISTS ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )

@@ -17,6 +17,7 @@ struct Verb {
 Verb addDemo( CLI::App& app );
 Verb addModel( CLI::App& app );
 Verb addQuery( CLI::App& app );
+Verb addWatch( CLI::App& app );
 Verb addRun( CLI::App& app );
 
 } // namespace Agent

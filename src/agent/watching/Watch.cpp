@@ -1,0 +1,89 @@
+#include "agent/watching/Watch.h"
+
+#include <csignal>
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "agent/devices/DeviceFacts.h"
+#include "agent/run/Privileges.h"
+#include "agent/run/SignalWatch.h"
+#include "agent/watching/LiveCapture.h"
+#include "agent/watching/SeenMessage.h"
+
+namespace Agent {
+
+namespace {
+
+class Watcher {
+  public:
+    explicit Watcher( WatchOptions const& options ) : options_( options ) {}
+
+    ExitStatus run();
+
+  private:
+    void handleFrame( Kiv::Seconds time, std::span<Zornet::U8 const> frame );
+    void handleEnded( std::string const& why );
+    bool isComplete() const { return options_.count && seen_ >= *options_.count; }
+
+    WatchOptions const& options_;
+    Kiv::ActivitySm& activity_ = Kiv::defaultActivity()->activitySm();
+    SignalWatch const signals_{ { SIGINT, SIGTERM }, [this]( int ) { activity_.stop(); } };
+    Zornet::U64 seen_ = 0;
+    ExitStatus status_ = exitDone;
+};
+
+ExitStatus
+Watcher::run() {
+    LiveCapture const capture(
+        options_.device, options_.ns,
+        [this]( Kiv::Seconds time, std::span<Zornet::U8 const> frame ) { handleFrame( time, frame ); },
+        [this]( std::string const& why ) { handleEnded( why ); }
+    );
+    std::cerr << "igmphost: watching " << options_.device << ( options_.duration ? "" : " until Ctrl-C" )
+              << std::endl;
+    activity_.runFor( options_.duration.value_or( Kiv::never ) );
+    std::cerr << "igmphost: " << seen_ << ( seen_ == 1 ? " message" : " messages" );
+    if ( Zornet::U64 const lost = capture.lost() ) {
+        std::cerr << "; " << lost << " lost, which came too fast";
+    }
+    std::cerr << std::endl;
+    return status_;
+}
+
+void
+Watcher::handleFrame( Kiv::Seconds time, std::span<Zornet::U8 const> frame ) {
+    if ( isComplete() ) {
+        return;
+    }
+    SeenMessage const message( time, frame );
+    if ( options_.json ) {
+        std::cout << message.json().dump() << std::endl;
+    } else {
+        std::cout << message << std::endl;
+    }
+    ++seen_;
+    if ( isComplete() ) {
+        activity_.stop();
+    }
+}
+
+void
+Watcher::handleEnded( std::string const& why ) {
+    std::cerr << "igmphost: error: " << options_.device << ": " << why << std::endl;
+    status_ = exitFailed;
+    activity_.stop();
+}
+
+} // namespace
+
+ExitStatus
+watch( WatchOptions const& options ) {
+    if ( std::string const missing = missingPrivilege( !options.ns.empty() ); !missing.empty() ) {
+        std::cerr << "igmphost: error: " << missing << std::endl;
+        return exitFailed;
+    }
+    deviceFacts( options.ns, options.device );
+    return Watcher( options ).run();
+}
+
+} // namespace Agent
