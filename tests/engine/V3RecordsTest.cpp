@@ -306,12 +306,13 @@ TEST_F( V3ReportPacket, ClosesOverSeveralRecords ) {
     fill( 4, G );
     fill( 5, "232.1.1.1", { a, b } );
     close();
-    Bytes const frame = bytes();
-    EXPECT_THAT( frame, SizeIs( 70 ) );
-    EXPECT_EQ( frame[16] << 8 | frame[17], 0x38 );
-    EXPECT_EQ( frame[24] << 8 | frame[25], 0x3aa9 );
-    EXPECT_EQ( frame[40] << 8 | frame[41], 0xd5e0 );
-    EXPECT_EQ( frame[44] << 8 | frame[45], 2 );
+    std::string const head = Zornet::ungrouped(
+        "01005e000016 020000000001 0800 46000038000000000102 3aa9 0a000001e0000016 94040000 2200d5e000000002"
+        "04000000ef010101 05000002e8010101"
+    );
+    EXPECT_THAT(
+        Zornet::hex( bytes() ), ::testing::AnyOf( head + "0a0909010a090902", head + "0a0909020a090901" )
+    );
 }
 
 TEST_F( V3ReportPacket, ClosesWithoutARecordToo ) {
