@@ -398,6 +398,18 @@ TEST_P( AggregatedSender, WithoutAWayToTheWireCountsRunDownUnsent ) {
     EXPECT_EQ( sender().responseDelayTimerState(), idle );
 }
 
+TEST_P( AggregatedSender, WhatWasOwedWithoutAWayToTheWireIsLost ) {
+    enable( igmpVersion3 );
+    unbind();
+    exclude( G );
+    runFor( 20.0 );
+    host().intfConfigVersionIs( 1 );
+    settle();
+    raiseAndSettle();
+    runFor( 100.0 );
+    EXPECT_THAT( sent(), IsEmpty() );
+}
+
 TEST_P( AggregatedSender, FiringWithoutARecordSendsAndCountsNothing ) {
     enable( igmpVersion3 );
     sender().doSetTimer( 0.0 );
@@ -426,6 +438,7 @@ TEST_P( AggregatedSender, FiringAtVersion2KeepsOnWhilePeriodicReportingIsConfigu
     setPeriodic( 7.0 );
     enable();
     status().unsolicitedReportIntervalIs( 3.0 ); // not this one
+    status().enablePeriodicReportIs( false );    // nor this
     sender().doSetTimer( 1.0 );
     TraceCapture trace( "IgmpHost", 9 );
     runFor( 1.0 );
@@ -561,6 +574,35 @@ TEST_P( PeriodicSender, StreamWithoutAGroupStopsUntilAGroupComes ) {
     exclude( G );
     runFor( 10 * interval );
     EXPECT_GE( takeRecords().size(), 10U );
+}
+
+TEST_P( PeriodicSender, StreamEndsAfterAFallBackInWhichAGroupWasAskedFor ) {
+    enablePeriodic();
+    exclude( G );
+    runFor( 2 * interval );
+    hearQuery( 100 );
+    runFor( 400.0 );
+    ASSERT_EQ( status().igmpVersion(), igmpVersion3 );
+    sent().clear();
+    runFor( 10 * interval );
+    EXPECT_THAT( sent(), IsEmpty() );
+    EXPECT_FALSE( status().continueUnsolicitedReport() );
+    EXPECT_EQ( sender().responseDelayTimerState(), idle );
+}
+
+TEST_P( PeriodicSender, StreamThatHasEndedGoesOnWhenReportingIsSwitchedOffAndOn ) {
+    enablePeriodic();
+    exclude( G );
+    runFor( 2 * interval );
+    hearQuery( 100 );
+    runFor( 400.0 + 2 * interval );
+    host().enablePeriodicReportIs( false );
+    settle();
+    host().enablePeriodicReportIs( true );
+    settle();
+    sent().clear();
+    runFor( 2 * interval );
+    EXPECT_THAT( takeRecords(), ElementsAre( "IS_EX 239.1.1.1 {}", "IS_EX 239.1.1.1 {}" ) );
 }
 
 TEST_P( PeriodicSender, IntervalOf0InForceFiresWithEachTurn ) {

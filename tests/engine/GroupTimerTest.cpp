@@ -337,6 +337,28 @@ TEST_P( PeriodicGroupTimer, ConfiguredIntervalOfZeroRearmsForNow ) {
     EXPECT_GE( sent().size(), 8U );
 }
 
+TEST_P( PeriodicGroupTimer, ConfiguredIntervalOfZeroRearmsForNowAtVersion3TooAndSendsNothing ) {
+    host().unsolicitedReportIntervalIs( 0.0 );
+    settle();
+    status().igmpVersionIs( igmpVersion3 );
+    settle();
+    sm().aggregatedSenderSm()->doSetTimer( Kiv::never );
+    timer().doSetTimer( 0.0 );
+    runFor( 20e-6 );
+    EXPECT_EQ( remaining(), 0.0 );
+    EXPECT_EQ( timer().responseDelayTimerState(), pending );
+    EXPECT_THAT( sent(), IsEmpty() );
+}
+
+TEST_P( PeriodicGroupTimer, ExpiryAsksTheStatusAndNotTheConfiguration ) {
+    status().enablePeriodicReportIs( false );
+    settle();
+    timer().doSetTimer( 1.0 );
+    runFor( 1.0 );
+    EXPECT_FALSE( isArmed() );
+    EXPECT_THAT( takeSent(), ElementsAre( "v2report 239.1.1.1" ) );
+}
+
 TEST_P( PeriodicGroupTimer, SwitchedOffItDisarmsWithTheNextExpiry ) {
     host().enablePeriodicReportIs( false );
     settle();

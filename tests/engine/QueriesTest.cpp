@@ -522,6 +522,22 @@ TEST_F( QueriesDeathTest, GroupQueryOfTheOldFormForAConfiguredGroupAtAHostHeldAt
     EXPECT_DEATH( hearQuery( 100, G ), "assertion failed: igmpV3Hdr != __null\n" );
 }
 
+/// Leaves without a fault as soon as a query is counted.
+class LeaveAtACount : public IgmpHostStatus::Notifiee {
+  public:
+    explicit LeaveAtACount( Kiv::Ptr<IgmpHostStatus> const& status ) : Notifiee( status ) {
+        isRegisteredNotifieeIs( true );
+    }
+    void onV2GeneralQueryReceived() override { std::_Exit( 0 ); }
+    void onV2GroupQueryReceived() override { std::_Exit( 0 ); }
+};
+
+TEST_F( QueriesDeathTest, TheSameBeforeAnythingIsCounted ) {
+    joinAndRestForced( igmpVersion3 );
+    Kiv::Ptr<LeaveAtACount> const watcher( new LeaveAtACount( &status() ) );
+    EXPECT_DEATH( hearQuery( 100, G ), "assertion failed: igmpV3Hdr != __null\n" );
+}
+
 TEST_F( QueriesDeathTest, TheSameWithInfiniteTimeouts ) {
     host().v2RouterPresentTimeoutIs( Kiv::never );
     joinAndRest( igmpVersion3 );

@@ -515,6 +515,22 @@ TEST_P( Reception, FirstBindingReadsNothing ) {
     EXPECT_EQ( waiting->waiting(), 1U );
 }
 
+TEST_P( Reception, BacklogOfAFirstBindingIsReadOneSignalLateForGood ) {
+    Kiv::Ptr<FedPam> const waiting( new FedPam );
+    waiting->place( Support::tightPkt( queryFrame() ) );
+    host().pamIs( nullptr );
+    settle();
+    host().pamIs( waiting );
+    settle();
+    for ( Zornet::U32 signals = 1; signals <= 3; ++signals ) {
+        waiting->feed( Lab::v3Report( IpAddr( "10.0.0.9" ), {} ) );
+        settle();
+        EXPECT_EQ( waiting->waiting(), 1U );
+        EXPECT_EQ( status().v2GeneralQueryReceived(), 1U );
+        EXPECT_EQ( status().v3ReportReceived(), signals - 1 );
+    }
+}
+
 TEST_P( Reception, MovingToAnotherAccessObjectReadsOnePacket ) {
     Kiv::Ptr<FedPam> const other( new FedPam );
     other->place( Support::tightPkt( queryFrame() ) );

@@ -219,6 +219,21 @@ TEST_P( V3Groups, GroupReplacedWhileDisabledIsNeverHeardOfAgain ) {
     EXPECT_NE( sm().v3GroupCallbackSm( IpAddr( G ) )->groupRecord(), &record() );
 }
 
+TEST_P( V3Groups, GroupReplacedWhileDisabledIsHeardOfOnceItIsReplacedAgain ) {
+    exclude( G );
+    enableAndRest();
+    host().enabledIs( false );
+    settle();
+    removeGroup();
+    exclude( G );
+    enableAndRest();
+    removeGroup();
+    exclude( G );
+    rest();
+    addSources( G, { a } );
+    EXPECT_THAT( takeRecords(), ElementsAre( "BLOCK 239.1.1.1 {10.9.9.1}" ) );
+}
+
 // Whether changes are processed.
 
 TEST_P( V3Groups, NothingAtAllHappensWhileChangesAreNotProcessed ) {
@@ -405,6 +420,18 @@ TEST_P( V3Groups, TemplateMayDeleteAGroupThatTheSweepHasTakenUp ) {
                            HasSubstr( "TO_IN " + order[0] + " {}" ), HasSubstr( "TO_EX " + order[1] + " {}" )
                        ) )
     );
+}
+
+TEST_P( V3Groups, TemplateMayDeleteAGroupBeforeItIsTakenUpWhenProcessingBegins ) {
+    auto const order = groupsInOrder( 2 );
+    processChanges( false );
+    excludeAll( order );
+    record( order[0].c_str() ).replicateIs( true );
+    enable( igmpVersion3 );
+    processChanges( true );
+    EXPECT_EQ( host().v3groups(), 1U );
+    EXPECT_TRUE( hasNoMachine( order[1].c_str() ) );
+    EXPECT_THAT( takeRecords(), ElementsAre( "TO_EX " + order[0] + " {}" ) );
 }
 
 // Get-or-make.

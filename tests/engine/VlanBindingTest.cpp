@@ -424,6 +424,22 @@ TEST_P( VlanBindingTest, PamFromOutsideKeepsTheReferenceOnTheSharedDevice ) {
     EXPECT_EQ( sm().useMuxIntfId(), IntfId( "trunk" ) );
 }
 
+TEST_P( VlanBindingTest, HostWithAPamFromOutsideTakesItsReferenceAlongWhenItIsDisabledAndDeleted ) {
+    twoSharing();
+    host().externalPamIs( true );
+    stepDone();
+    host().pamIs( new FedPam );
+    stepDone();
+    enabledIs( host(), false );
+    EXPECT_EQ( users(), 2U );
+    dir->igmpHostDel( "host" );
+    stepDone();
+    EXPECT_EQ( users(), 2U );
+    enabledIs( host( "b" ), false );
+    EXPECT_EQ( device( "eth1" ).ports(), 1U );
+    mux()->innerEthDevPam()->deviceOpenIs( false );
+}
+
 TEST_P( VlanBindingTest, LeavingThePamFromOutsideReleasesTheOldReferenceAndLeavesThePamOpen ) {
     twoSharing();
     Ptr<FedPam> const fed( new FedPam );
