@@ -60,7 +60,9 @@ deviceFacts( Zornet::NamespaceName const& ns, std::string const& device ) {
         if ( device != at->ifa_name || !at->ifa_addr ) {
             continue;
         }
-        facts = facts.value_or( DeviceFacts{} );
+        if ( !facts ) {
+            facts.emplace();
+        }
         if ( at->ifa_addr->sa_family == AF_PACKET ) {
             facts->macAddr = macAddrOf( *at->ifa_addr );
         } else if ( at->ifa_addr->sa_family == AF_INET && !facts->ipAddr ) {
