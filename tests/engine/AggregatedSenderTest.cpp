@@ -618,6 +618,23 @@ TEST_P( PeriodicSender, IntervalOf0InForceFiresWithEachTurn ) {
     sender().doSetTimer( Kiv::never );
 }
 
+TEST_P( PeriodicSender, IntervalOf0InForceEndsWithTheNextEnablingOnly ) {
+    enablePeriodic();
+    exclude( G );
+    rest();
+    host().unsolicitedReportIntervalIs( 0.0 );
+    settle();
+    host().unsolicitedReportIntervalIs( interval );
+    settle();
+    EXPECT_EQ( status().unsolicitedReportInterval(), 0.0 );
+    host().enabledIs( false );
+    settle();
+    enableAndRest();
+    EXPECT_EQ( status().unsolicitedReportInterval(), interval );
+    runFor( 2 * interval );
+    expectEvery( interval, 2 );
+}
+
 class PeriodicSenderInline : public PeriodicSender {};
 
 INSTANTIATE_TEST_SUITE_P( Inline, PeriodicSenderInline, ::testing::Values( Support::Delivery::isInline ) );

@@ -350,6 +350,19 @@ TEST_P( PeriodicGroupTimer, ConfiguredIntervalOfZeroRearmsForNowAtVersion3TooAnd
     EXPECT_THAT( sent(), IsEmpty() );
 }
 
+TEST_P( PeriodicGroupTimer, IntervalThatIsWrittenEndsTheRearmingForNow ) {
+    host().unsolicitedReportIntervalIs( 0.0 );
+    settle();
+    timer().doSetTimer( 0.0 );
+    runFor( 20e-6 );
+    host().unsolicitedReportIntervalIs( 5.0 );
+    runFor( 20e-6 );
+    sent().clear();
+    runFor( 4.9 );
+    EXPECT_THAT( sent(), IsEmpty() );
+    EXPECT_NEAR( remaining(), 0.1, 1e-3 );
+}
+
 TEST_P( PeriodicGroupTimer, ExpiryAsksTheStatusAndNotTheConfiguration ) {
     status().enablePeriodicReportIs( false );
     settle();
