@@ -10,6 +10,8 @@
 #include <system_error>
 #include <utility>
 
+#include "tests/support/Paths.h"
+
 namespace Agent {
 
 namespace {
@@ -26,7 +28,7 @@ newPipe() {
 } // namespace
 
 AgentProcess::AgentProcess( std::vector<std::string> arguments, std::vector<std::string> const& prefix ) {
-    arguments.insert( arguments.begin(), IGMPHOST_AGENT_BINARY );
+    arguments.insert( arguments.begin(), Support::agentBinary() );
     arguments.insert( arguments.begin(), prefix.begin(), prefix.end() );
     std::vector<char*> words;
     for ( std::string& argument : arguments ) {

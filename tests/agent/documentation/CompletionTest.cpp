@@ -9,6 +9,7 @@
 
 #include "tests/agent/documentation/HelpPages.h"
 #include "tests/support/Namespace.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -29,7 +30,7 @@ class Completion : public ::testing::Test {
     }
     /// The command line with the command by its path.
     static std::string commandLine( HelpPage const& page ) {
-        return IGMPHOST_AGENT_BINARY + page.words.substr( std::string( "igmphost" ).size() );
+        return Support::agentBinary() + page.words.substr( std::string( "igmphost" ).size() );
     }
     static std::set<std::string> wordsOf( std::string const& output ) {
         std::istringstream words( output );
@@ -41,7 +42,7 @@ class BashCompletion : public Completion {
   protected:
     std::set<std::string> offered( HelpPage const& page, std::string const& begun ) override {
         return wordsOf( Support::outputOf(
-            "bash -c 'source " IGMPHOST_SOURCE_FOLDER "/packaging/completions/igmphost; COMP_WORDS=( " +
+            "bash -c 'source " + Support::sourceFolder() + "/packaging/completions/igmphost; COMP_WORDS=( " +
             commandLine( page ) + " \"" + begun +
             "\" ); COMP_CWORD=$(( ${#COMP_WORDS[@]} - 1 )); _igmphost; echo \"${COMPREPLY[@]}\"'"
         ) );
@@ -60,8 +61,8 @@ class ZshCompletion : public Completion {
     std::set<std::string> offered( HelpPage const& page, std::string const& begun ) override {
         return wordsOf( Support::outputOf(
             "zsh -f -c '_describe() { print -l -- ${${(@P)@[-1]}%%:*} | grep -vx -- -. }; words=( " +
-            commandLine( page ) + " \"" + begun +
-            "\" ); CURRENT=$#words; source " IGMPHOST_SOURCE_FOLDER "/packaging/completions/_igmphost'"
+            commandLine( page ) + " \"" + begun + "\" ); CURRENT=$#words; source " + Support::sourceFolder() +
+            "/packaging/completions/_igmphost'"
         ) );
     }
 };

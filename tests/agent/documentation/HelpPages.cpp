@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "tests/support/Namespace.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -23,7 +24,7 @@ longOption( std::string const& word ) {
 HelpPage
 pageOf( std::string const& words ) {
     HelpPage page{ words, {}, {} };
-    std::string const path = IGMPHOST_AGENT_BINARY + words.substr( words.find_first_of( ' ' ) );
+    std::string const path = Support::agentBinary() + words.substr( words.find_first_of( ' ' ) );
     std::istringstream text( Support::outputOf( path + "--help" ) );
     std::string section;
     for ( std::string line; std::getline( text, line ); ) {
@@ -66,7 +67,7 @@ helpPages() {
 
 std::string
 sourceFile( std::string const& path ) {
-    std::ifstream file( IGMPHOST_SOURCE_FOLDER "/" + path );
+    std::ifstream file( Support::sourceFolder() + "/" + path );
     if ( !file ) {
         throw std::runtime_error( "cannot read " + path );
     }

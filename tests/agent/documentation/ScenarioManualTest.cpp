@@ -9,6 +9,7 @@
 #include "agent/scenario/reading/SettingReader.h"
 #include "tests/agent/documentation/HelpPages.h"
 #include "tests/support/Namespace.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -71,7 +72,7 @@ TEST( Manual, HasNothingForTheLinterToSay ) {
         GTEST_SKIP() << "mandoc is not installed";
     }
     for ( char const* page : { "igmphost.1", "igmphost-scenario.5" } ) {
-        std::string const path = std::string( IGMPHOST_SOURCE_FOLDER "/docs/man/" ) + page;
+        std::string const path = Support::sourceFolder() + "/docs/man/" + page;
         EXPECT_EQ( Support::outputOf( "mandoc -Tlint -W warning " + path ), "" );
     }
 }

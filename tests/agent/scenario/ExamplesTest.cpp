@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "tests/agent/scenario/ScenarioTexts.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -8,7 +9,7 @@ namespace {
 
 /// The examples that users begin with: nothing is wrong with them and nothing to be warned of.
 TEST( Examples, HaveNeitherErrorsNorWarnings ) {
-    std::filesystem::path const folder = std::filesystem::path( IGMPHOST_SOURCE_FOLDER ) / "examples";
+    std::filesystem::path const folder = std::filesystem::path( Support::sourceFolder() ) / "examples";
     std::size_t scenarios = 0;
     for ( auto const& entry : std::filesystem::recursive_directory_iterator( folder ) ) {
         if ( entry.path().extension() == ".yaml" ) {
