@@ -13,6 +13,7 @@
 #include "agent/scenario/ScenarioLoader.h"
 #include "agent/scenario/ScenarioReader.h"
 #include "agent/scenario/Warnings.h"
+#include "agent/timeline/Timeline.h"
 #include "platform/kiv/Clock.h"
 
 namespace Agent {
@@ -25,6 +26,9 @@ using RunParts = std::vector<std::unique_ptr<RunPart>>;
 RunParts
 makeRunParts( RunContext const& context ) {
     RunParts parts;
+    if ( !context.scenario.events.empty() ) {
+        parts.push_back( std::make_unique<Timeline>( context ) );
+    }
     if ( context.options.statusFile ) {
         parts.push_back( std::make_unique<StatusFile>( context ) );
     }

@@ -5,46 +5,13 @@
 #include <vector>
 
 #include "agent/expecting/Expectation.h"
-#include "agent/scenario/AddressList.h"
-#include "agent/scenario/Settings.h"
+#include "agent/scenario/HostSpec.h"
 #include "agent/timeline/Event.h"
-#include "model/IgmpHost.h"
 
 namespace Agent {
 
 /// The most hosts of a scenario.
 inline constexpr U32 mostHosts = 1'000'000;
-
-/// One entry of a host's groups: groups that are alike.
-struct GroupSpec {
-    GroupSpec() : settings( Igmp::IgmpV3GroupRecord::attributes() ) {}
-
-    AddressList groups;
-    AddressList sources;
-    Settings settings;
-    Position at;
-};
-
-/// One entry of the hosts: `count` hosts that are alike, but for what steps from one to the next.
-struct HostSpec {
-    HostSpec() : settings( Igmp::IgmpHost::attributes() ) {}
-
-    /// The name itself for a single host; with the index, counted from 1, behind it for one of several.
-    std::string hostName( U32 index ) const;
-    /// How many groups each of the hosts has.
-    U64 groupCount() const;
-    // What steps with the index. A host whose address is not set keeps the default.
-    Zornet::IpAddr ipAddr( U32 index ) const;
-    Zornet::EthAddr macAddr( U32 index ) const;
-    U16 vlanId( U32 index ) const;
-
-    std::string name;
-    U32 count = 1;
-    U16 vlanStep = 0;
-    Settings settings;
-    std::vector<GroupSpec> groups;
-    Position at;
-};
 
 /// The share of one process in the hosts of a scenario: of N such shares number K takes host K and every N-th
 /// from there on, in the order of the scenario.
@@ -71,7 +38,7 @@ struct Scenario {
     std::vector<Event> events;
     std::vector<Expectation> expectations;
 
-    /// How many hosts this process has.
+    /// How many hosts this process has, those included that are added later.
     U64 hostCount() const;
     /// Calls `f` with the entry and the index of each host that this process has, in order.
     template <class F>
@@ -89,9 +56,5 @@ Scenario::forEachHost( F f ) const {
         next -= spec.count;
     }
 }
-
-/// The address as a number, and back; the number must be below 2^48.
-U64 numberOf( Zornet::EthAddr const& addr );
-Zornet::EthAddr ethAddrOf( U64 number );
 
 } // namespace Agent

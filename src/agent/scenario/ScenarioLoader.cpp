@@ -1,6 +1,7 @@
 #include "agent/scenario/ScenarioLoader.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Agent {
 
@@ -20,16 +21,34 @@ isStart( Kiv::AttributeId id ) {
 }
 
 void
-loadGroups( GroupSpec const& spec, IgmpHost& host ) {
-    spec.groups.forEach( [&]( Zornet::IpAddr const& group ) {
-        Kiv::Ptr<IgmpV3GroupRecord> const record = host.v3groupIs( group );
-        for ( Setting const& setting : spec.settings.settings() ) {
-            setting.attribute->write( *record, setting.value );
+sourcesAre( AddressList const& wanted, IgmpV3GroupRecord& record ) {
+    if ( record.source() ) {
+        std::set<Zornet::IpAddr> kept;
+        wanted.forEach( [&]( Zornet::IpAddr const& source ) { kept.insert( source ); } );
+        for ( auto source = record.source()->sourceIp().begin(); source; ++source ) {
+            if ( !kept.contains( source->key ) ) {
+                record.source()->sourceIpDel( source );
+            }
         }
-        spec.sources.forEach( [&]( Zornet::IpAddr const& source ) {
-            record->sourceIs()->sourceIpIs( source, 1 );
-        } );
-    } );
+    }
+    wanted.forEach( [&]( Zornet::IpAddr const& source ) { record.sourceIs()->sourceIpIs( source, 1 ); } );
+}
+
+U32
+generation( HostSpec const& spec, Kiv::AttributeId counter ) {
+    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : 1;
+}
+
+} // namespace
+
+Kiv::Ptr<IgmpV3GroupRecord>
+groupRecordIs( GroupSpec const& spec, Zornet::IpAddr const& group, IgmpHost& host ) {
+    Kiv::Ptr<IgmpV3GroupRecord> const record = host.v3groupIs( group );
+    for ( Setting const& setting : spec.settings.settings() ) {
+        setting.attribute->write( *record, setting.value );
+    }
+    sourcesAre( spec.sources, *record );
+    return record;
 }
 
 void
@@ -43,13 +62,8 @@ loadHost( HostSpec const& spec, U32 index, IgmpHost& host ) {
     host.macAddrIs( spec.macAddr( index ) );
     host.vlanIdIs( spec.vlanId( index ) );
     for ( GroupSpec const& group : spec.groups ) {
-        loadGroups( group, host );
+        group.groups.forEach( [&]( Zornet::IpAddr const& addr ) { groupRecordIs( group, addr, host ); } );
     }
-}
-
-U32
-generation( HostSpec const& spec, Kiv::AttributeId counter ) {
-    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : 1;
 }
 
 void
@@ -68,19 +82,21 @@ startHost( HostSpec const& spec, IgmpHost& host ) {
     }
 }
 
-} // namespace
-
 void
 loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        loadHost( spec, index, *dir.igmpHostIs( spec.hostName( index ) ) );
+        if ( !spec.later ) {
+            loadHost( spec, index, *dir.igmpHostIs( spec.hostName( index ) ) );
+        }
     } );
 }
 
 void
 startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        startHost( spec, *dir.igmpHost( spec.hostName( index ) ) );
+        if ( !spec.later ) {
+            startHost( spec, *dir.igmpHost( spec.hostName( index ) ) );
+        }
     } );
 }
 

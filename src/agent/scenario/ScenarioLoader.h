@@ -5,12 +5,22 @@
 
 namespace Agent {
 
-/// Makes the hosts of a scenario and sets all that it says of them. They are neither bound nor enabled.
+/// Makes the hosts that are there from the start, and sets all that the scenario says of them. They are
+/// neither bound nor enabled.
 void loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir );
 
 /// Makes it take effect: raises each host's generation counters once, enables the host and raises each
 /// record's version once. A counter that the scenario sets gets that number, and a host that it disables
 /// stays so.
 void startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir );
+
+// The same for one host, which must not be there yet.
+void loadHost( HostSpec const& spec, U32 index, Igmp::IgmpHost& host );
+void startHost( HostSpec const& spec, Igmp::IgmpHost& host );
+
+/// The host's record of a group, made where it is absent, with what `spec` sets and exactly its sources. Its
+/// version is left alone.
+Kiv::Ptr<Igmp::IgmpV3GroupRecord>
+groupRecordIs( GroupSpec const& spec, Zornet::IpAddr const& group, Igmp::IgmpHost& host );
 
 } // namespace Agent

@@ -166,7 +166,7 @@ Reading::take() {
             );
         }
     }
-    checkEvents( scenario_, errors_ );
+    resolveEvents( scenario_, errors_ );
     checkExpectations( scenario_, errors_ );
     if ( errors_.empty() && scenario_.hosts.empty() && scenario_.events.empty() ) {
         errors_.add( { 0 }, "expected at least one host, found none" );

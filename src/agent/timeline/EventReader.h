@@ -1,13 +1,23 @@
 #pragma once
 
+#include <span>
+
+#include "agent/scenario/KeyRow.h"
 #include "agent/scenario/reading/ScenarioFile.h"
 
 namespace Agent {
 
-/// Reads the list below `events` of one file into the scenario. Every error is told.
+/// The keys of an event, of which one names its action; of a zap; of a flap.
+std::span<KeyRow const> eventKeys();
+std::span<KeyRow const> zapKeys();
+std::span<KeyRow const> flapKeys();
+
+/// Reads the list below `events` of one file into the scenario. Hosts that an event adds join the scenario's.
+/// Every error is told.
 void readEvents( ScenarioFile& file, YamlField const& events );
 
-/// Tells what the events of all files name that does not exist. Called once, when every file has been read.
-void checkEvents( Scenario const& scenario, Diagnostics& errors );
+/// Finds the hosts that the events name, and tells what does not exist. Called once, when every file has been
+/// read.
+void resolveEvents( Scenario& scenario, Diagnostics& errors );
 
 } // namespace Agent

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "agent/scenario/Diagnostics.h"
+#include "platform/kiv/Types.h"
+
+namespace Agent {
+
+using Kiv::U32;
+using Kiv::U64;
+
+struct HostSpec;
+struct Scenario;
+
+/// A name by which a scenario speaks of hosts that it describes elsewhere, and where: the name of a host,
+/// that of an entry with a count, which stands for all its hosts, or a pattern with *, ? and [] as shells
+/// have it.
+struct HostName {
+    std::string text;
+    Position at;
+};
+
+/// Hosts `first` to `first + count - 1` of an entry.
+struct HostRange {
+    U32 entry = 0; ///< index into the scenario's hosts
+    U32 first = 0;
+    U32 count = 0;
+    U64 number = 0; ///< of the range's first host, counted from 0 over the whole scenario
+};
+
+/// Some hosts of a scenario, in its order, each once. What is alike is kept as one: a hundred thousand hosts
+/// of one entry cost no more than one.
+class HostSelection {
+  public:
+    struct Host {
+        U32 entry; ///< index into the scenario's hosts
+        U32 index; ///< within the entry
+        U64 number;
+    };
+
+    HostSelection() = default;
+    /// In any order; what two ranges share is taken once.
+    explicit HostSelection( std::vector<HostRange> ranges );
+
+    U64 count() const { return ends_.empty() ? 0 : ends_.back(); }
+    std::vector<HostRange> const& ranges() const { return ranges_; }
+    /// The host of that index, which must be below count(). Takes logarithmic time in the ranges.
+    Host host( U64 index ) const;
+
+  private:
+    std::vector<HostRange> ranges_;
+    std::vector<U64> ends_; ///< how many hosts there are up to the end of a range
+};
+
+/// Finds hosts by name. Takes a name's length for a name, and for a pattern the time to test the entries that
+/// it can mean, once, however often it is used.
+class HostFinder {
+  public:
+    /// The scenario's hosts must not change while it is used.
+    explicit HostFinder( Scenario const& scenario );
+
+    /// The hosts of these names; all hosts for none. Tells each name that means no host.
+    HostSelection find( std::vector<HostName> const& names, Diagnostics& errors );
+
+  private:
+    std::vector<HostRange> const& rangesOf( std::string const& name );
+    void addNamed( std::string const& name, std::vector<HostRange>& ranges ) const;
+    void addMatching( std::string const& pattern, std::vector<HostRange>& ranges ) const;
+    void addMatching( std::string const& pattern, U32 entry, std::vector<HostRange>& ranges ) const;
+    HostRange wholeEntry( U32 entry ) const;
+    std::string unknown( std::string const& name ) const;
+
+    Scenario const& scenario_;
+    std::vector<U64> numbers_; ///< of each entry's first host
+    std::unordered_map<std::string, U32> single_;
+    std::unordered_map<std::string, U32> series_;
+    std::unordered_map<std::string, std::vector<HostRange>> known_;
+};
+
+} // namespace Agent

@@ -1,0 +1,159 @@
+#include "agent/timeline/HostActions.h"
+
+#include <algorithm>
+
+#include "agent/scenario/ScenarioLoader.h"
+
+namespace Agent {
+
+namespace {
+
+using Igmp::IgmpHost;
+using Igmp::IgmpV3GroupRecord;
+
+constexpr Kiv::AttributeId packetAttributes[] = { IgmpHost::attrIpAddr, IgmpHost::attrMacAddr,
+                                                  IgmpHost::attrMtu, IgmpHost::attrEnableRouterAlert };
+constexpr Kiv::AttributeId bindingAttributes[] = { IgmpHost::attrDeviceName, IgmpHost::attrNs,
+                                                   IgmpHost::attrIntfId,     IgmpHost::attrVlanId,
+                                                   IgmpHost::attrTagged,     IgmpHost::attrUseMux };
+/// Where a setting acts at once, it waits until everything else is in place.
+constexpr Kiv::AttributeId lastAttributes[] = { IgmpHost::attrConfigVersion, IgmpHost::attrIntfConfigVersion,
+                                                IgmpHost::attrEnabled };
+
+/// 0 stands for what has no generation yet.
+U32
+nextGeneration( U32 generation ) {
+    return std::max( generation + 1, 1U );
+}
+
+bool
+setsAny( Settings const& settings, std::span<Kiv::AttributeId const> ids ) {
+    return std::any_of( ids.begin(), ids.end(), [&]( Kiv::AttributeId id ) { return settings.find( id ); } );
+}
+
+void
+raiseGenerations( Settings const& settings, IgmpHost& host ) {
+    if ( setsAny( settings, packetAttributes ) && !settings.find( IgmpHost::attrConfigVersion ) ) {
+        host.configVersionIs( nextGeneration( host.configVersion() ) );
+    }
+    if ( setsAny( settings, bindingAttributes ) && !settings.find( IgmpHost::attrIntfConfigVersion ) ) {
+        host.intfConfigVersionIs( nextGeneration( host.intfConfigVersion() ) );
+    }
+}
+
+void
+set( HostSpec const& values, U32 index, IgmpHost& host ) {
+    Settings const& settings = values.settings;
+    for ( Setting const& setting : settings.settings() ) {
+        switch ( setting.attribute->id ) {
+        case IgmpHost::attrIpAddr: host.ipAddrIs( values.ipAddr( index ) ); break;
+        case IgmpHost::attrMacAddr: host.macAddrIs( values.macAddr( index ) ); break;
+        case IgmpHost::attrConfigVersion:
+        case IgmpHost::attrIntfConfigVersion:
+        case IgmpHost::attrEnabled: break;
+        default: setting.attribute->write( host, setting.value );
+        }
+    }
+    raiseGenerations( settings, host );
+    for ( Kiv::AttributeId const id : lastAttributes ) {
+        if ( Setting const* const setting = settings.find( id ) ) {
+            setting->attribute->write( host, setting->value );
+        }
+    }
+}
+
+void
+join( EventGroup const& group, IgmpHost& host ) {
+    Kiv::Ptr<IgmpV3GroupRecord> const record = groupRecordIs( *group.spec, group.group, host );
+    record->versionIs( nextGeneration( record->version() ) );
+}
+
+} // namespace
+
+bool
+HostActions::perform( Event const& event, EventCursor::Unit const& unit ) {
+    Kiv::Name const name( scenario_.hosts[unit.host.entry].hostName( unit.host.index ) );
+    Kiv::Ptr<IgmpHost> const host = hostDir_.igmpHost( name );
+    if ( event.action == EventAction::add ) {
+        if ( !host ) {
+            add( unit, name );
+        }
+        return true;
+    }
+    return host && act( event, unit, *host );
+}
+
+bool
+HostActions::act( Event const& event, EventCursor::Unit const& unit, IgmpHost& host ) {
+    switch ( event.action ) {
+    case EventAction::set: set( event.values, static_cast<U32>( unit.hostIndex ), host ); break;
+    case EventAction::join: join( groupOf( event, unit.group ), host ); break;
+    case EventAction::leave:
+        if ( event.groups.empty() ) {
+            host.v3groupDelAll();
+        } else {
+            host.v3groupDel( groupOf( event, unit.group ).group );
+        }
+        break;
+    case EventAction::change: return change( groupOf( event, unit.group ), host );
+    case EventAction::enable: host.enabledIs( true ); break;
+    case EventAction::disable: host.enabledIs( false ); break;
+    case EventAction::add: break;
+    case EventAction::remove: hostDir_.igmpHostDel( host.name() ); break;
+    case EventAction::zap: zap( event, unit, host ); break;
+    case EventAction::flap: flap( event, unit, host ); break;
+    }
+    return true;
+}
+
+void
+HostActions::add( EventCursor::Unit const& unit, Kiv::Name const& name ) {
+    HostSpec const& spec = scenario_.hosts[unit.host.entry];
+    Kiv::Ptr<IgmpHost> const host = hostDir_.igmpHostIs( name );
+    loadHost( spec, unit.host.index, *host );
+    startHost( spec, *host );
+}
+
+bool
+HostActions::change( EventGroup const& group, IgmpHost& host ) {
+    bool const isThere = static_cast<bool>( host.v3group( group.group ) );
+    if ( isThere ) {
+        join( group, host );
+    }
+    return isThere;
+}
+
+/// Nothing is kept of what a host watches: the number of the step tells.
+void
+HostActions::zap( Event const& event, EventCursor::Unit const& unit, IgmpHost& host ) {
+    U64 groups = 0;
+    for ( GroupSpec const& spec : event.groups ) {
+        groups += spec.groups.count();
+    }
+    U64 const place = unit.step + ( event.spread ? unit.hostIndex : 0 );
+    EventGroup const next = groupOf( event, place % groups );
+    if ( unit.step != 0 ) {
+        Zornet::IpAddr const last = groupOf( event, ( place - 1 ) % groups ).group;
+        if ( last != next.group ) {
+            host.v3groupDel( last );
+        }
+    }
+    join( next, host );
+}
+
+void
+HostActions::flap( Event const& event, EventCursor::Unit const& unit, IgmpHost& host ) {
+    bool const goesDown = unit.step % 2 == 0;
+    if ( event.groups.empty() ) {
+        host.enabledIs( !goesDown );
+        return;
+    }
+    EventGroup const group = groupOf( event, unit.group );
+    if ( goesDown ) {
+        host.v3groupDel( group.group );
+    } else {
+        join( group, host );
+    }
+}
+
+} // namespace Agent

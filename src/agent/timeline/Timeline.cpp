@@ -1,0 +1,99 @@
+#include "agent/timeline/Timeline.h"
+
+#include <iostream>
+
+namespace Agent {
+
+namespace {
+
+/// Times are sums of decimal fractions; the timer wheel knows microseconds.
+constexpr Kiv::Seconds tolerance = Kiv::ActivitySm::tick / 2;
+
+/// Far from each other for events that are neighbours.
+U64
+seedOf( U64 seed, U64 event ) {
+    constexpr U64 golden = 0x9e3779b97f4a7c15;
+    return seed + ( event + 1 ) * golden;
+}
+
+} // namespace
+
+Timeline::Timeline( RunContext const& context )
+    : context_( context ),
+      actions_( context.scenario, context.emulation ),
+      misses_( context.scenario.events.size() ),
+      timer_( new Lab::Timer( context.wheel, [this] { handleTimer(); } ) ) {
+    for ( Event const& event : context.scenario.events ) {
+        U64 const seed = seedOf( context.scenario.seed.value_or( 0 ), cursors_.size() );
+        cursors_.emplace_back( event, context.scenario.shard, seed );
+        queue( cursors_.size() - 1 );
+    }
+}
+
+void
+Timeline::handleStarted() {
+    handleTimer();
+}
+
+std::optional<Timeline::Next>
+Timeline::next() const {
+    if ( queue_.empty() ) {
+        return {};
+    }
+    return Next{ context_.started + queue_.top().time, &cursors_[queue_.top().cursor].event() };
+}
+
+void
+Timeline::handleTimer() {
+    Kiv::Seconds const now = Kiv::now() - context_.started + tolerance;
+    while ( !queue_.empty() && queue_.top().time <= now ) {
+        std::size_t const cursor = queue_.top().cursor;
+        queue_.pop();
+        play( cursor, now );
+        queue( cursor );
+    }
+    if ( !queue_.empty() ) {
+        timer_->timeMinIs( context_.started + queue_.top().time );
+    }
+}
+
+/// One step at most, so that events of one time take turns.
+void
+Timeline::play( std::size_t cursor, Kiv::Seconds now ) {
+    EventCursor& at = cursors_[cursor];
+    Misses& misses = misses_[cursor];
+    for ( bool ends = false; !ends && at.time() <= now; ) {
+        Kiv::Seconds const time = at.time();
+        EventCursor::Unit const unit = at.take();
+        ++misses.units;
+        misses.missed += actions_.perform( at.event(), unit ) ? 0 : 1;
+        ends = unit.endsStep;
+        if ( ends ) {
+            tellMisses( cursor, time );
+        }
+    }
+}
+
+void
+Timeline::queue( std::size_t cursor ) {
+    if ( Kiv::isFinite( cursors_[cursor].time() ) ) {
+        queue_.push( { cursors_[cursor].time(), cursor } );
+    }
+}
+
+/// Once for an event: what repeats itself would miss the same again and again.
+void
+Timeline::tellMisses( std::size_t cursor, Kiv::Seconds time ) {
+    Misses& misses = misses_[cursor];
+    if ( misses.missed != 0 && !misses.told ) {
+        Event const& event = cursors_[cursor].event();
+        char const* const what = event.action == EventAction::change ? " hosts or groups" : " hosts";
+        std::cerr << "igmphost: " << context_.scenario.files.at( event.at.file ) << ':' << event.at.line
+                  << ": " << actionName( event.action ) << " at " << time << " s: " << misses.missed << " of "
+                  << misses.units << what << " are not there" << std::endl;
+        misses.told = true;
+    }
+    misses.units = misses.missed = 0;
+}
+
+} // namespace Agent

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <queue>
+
+#include "agent/run/RunPart.h"
+#include "agent/timeline/HostActions.h"
+#include "lab/Timer.h"
+
+namespace Agent {
+
+/// Plays the events of a scenario on the clock of its hosts. What is due at one time is done in the order of
+/// the scenario. There is one timer, and one cursor for each event, however many hosts and groups it is
+/// about.
+class Timeline : public RunPart {
+  public:
+    /// What happens next.
+    struct Next {
+        Kiv::Seconds time; ///< on the clock of Kiv::now()
+        Event const* event;
+    };
+
+    explicit Timeline( RunContext const& context );
+
+    void handleStarted() override;
+    void handleTimeOver() override { timer_->stop(); }
+
+    std::optional<Next> next() const;
+
+  private:
+    struct Entry {
+        Kiv::Seconds time;
+        std::size_t cursor;
+
+        bool operator>( Entry const& other ) const {
+            return time > other.time || ( time == other.time && cursor > other.cursor );
+        }
+    };
+
+    void handleTimer();
+    void play( std::size_t cursor, Kiv::Seconds now );
+    void queue( std::size_t cursor );
+    void tellMisses( std::size_t cursor, Kiv::Seconds time );
+
+    struct Misses {
+        U64 units = 0;  ///< in the present step
+        U64 missed = 0; ///< of them
+        bool told = false;
+    };
+
+    RunContext const& context_;
+    HostActions actions_;
+    std::vector<EventCursor> cursors_;
+    std::vector<Misses> misses_;
+    std::priority_queue<Entry, std::vector<Entry>, std::greater<>> queue_;
+    Kiv::Ptr<Lab::Timer> timer_;
+};
+
+} // namespace Agent

@@ -1,0 +1,75 @@
+#include "agent/scenario/HostSelection.h"
+
+#include "tests/agent/scenario/ScenarioTexts.h"
+
+namespace Agent {
+
+namespace {
+
+class HostSelectionTest : public ::testing::Test {
+  protected:
+    /// The names of the hosts that are meant, in order.
+    std::string named( std::vector<std::string> const& texts ) {
+        std::vector<HostName> names;
+        for ( std::string const& text : texts ) {
+            names.push_back( { text, { 0, 1, 1 } } );
+        }
+        HostSelection const selection = HostFinder( scenario_ ).find( names, errors_ );
+        std::string all;
+        for ( U64 i = 0; i < selection.count(); ++i ) {
+            HostSelection::Host const host = selection.host( i );
+            all += ( all.empty() ? "" : " " ) + scenario_.hosts[host.entry].hostName( host.index ) + "#" +
+                   std::to_string( host.number );
+        }
+        return all;
+    }
+
+    Scenario const scenario_ = scenarioOf( "hosts:\n"
+                                           "  - { name: rx, count: 12 }\n"
+                                           "  - { name: solo }\n"
+                                           "  - { name: 'a*b' }\n"
+                                           "  - { name: rx-x, count: 2 }\n" );
+    Diagnostics errors_;
+};
+
+TEST_F( HostSelectionTest, NoNameMeansEveryHost ) {
+    EXPECT_EQ( HostFinder( scenario_ ).find( {}, errors_ ).count(), 16U );
+}
+
+TEST_F( HostSelectionTest, NameIsAHostsOrAnEntrys ) {
+    EXPECT_EQ( named( { "solo" } ), "solo#12" );
+    EXPECT_EQ( named( { "rx-12" } ), "rx-12#11" );
+    EXPECT_EQ( named( { "rx-x" } ), "rx-x-1#14 rx-x-2#15" );
+}
+
+TEST_F( HostSelectionTest, PatternsAreThoseOfShells ) {
+    EXPECT_EQ( named( { "rx-1*" } ), "rx-1#0 rx-10#9 rx-11#10 rx-12#11" );
+    EXPECT_EQ( named( { "rx-?" } ), named( { "rx-[1-9]" } ) );
+    EXPECT_EQ( named( { "*o" } ), "solo#12" );
+    EXPECT_EQ( named( { "rx-x*" } ), "rx-x-1#14 rx-x-2#15" );
+    EXPECT_EQ( HostFinder( scenario_ ).find( { { "*", {} } }, errors_ ).count(), 16U );
+}
+
+TEST_F( HostSelectionTest, NameWithAWildcardIsANameFirst ) {
+    EXPECT_EQ( named( { "a*b" } ), "a*b#13" );
+}
+
+TEST_F( HostSelectionTest, HostIsTakenOnceInTheOrderOfTheScenario ) {
+    EXPECT_EQ( named( { "solo", "rx-2", "rx-[123]", "rx-3" } ), "rx-1#0 rx-2#1 rx-3#2 solo#12" );
+}
+
+TEST_F( HostSelectionTest, NamesOfNoHostAreTold ) {
+    EXPECT_EQ( named( { "rx-13", "rx-0", "rx-01", "sol", "z*" } ), "" );
+    EXPECT_EQ(
+        linesOf( errors_ ),
+        ":1:1: error: hosts: expected the name of a host, found 'rx-13'; did you mean 'rx-x'?\n"
+        ":1:1: error: hosts: expected the name of a host, found 'rx-0'; did you mean 'rx-x'?\n"
+        ":1:1: error: hosts: expected the name of a host, found 'rx-01'; did you mean 'rx-x'?\n"
+        ":1:1: error: hosts: expected the name of a host, found 'sol'; did you mean 'solo'?\n"
+        ":1:1: error: hosts: expected a pattern that the name of a host matches, found 'z*'\n"
+    );
+}
+
+} // namespace
+
+} // namespace Agent
