@@ -4,6 +4,8 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "agent/control/SocketPath.h"
+
 namespace Agent {
 
 Igmp::IgmpVersion
@@ -22,6 +24,16 @@ addDevice( CLI::App& command, std::string& device, Zornet::NamespaceName& ns ) {
         ->type_name( "NAME" );
     auto const parse = []( std::string const& text ) { return Zornet::NamespaceName( text ); };
     addParsed( command, "--ns", ns, parse, "NAME", "The network namespace that the device is in" );
+}
+
+std::string
+socketPath( std::string const& path ) {
+    try {
+        socketAddress( path );
+        return {};
+    } catch ( std::invalid_argument const& fault ) {
+        return fault.what();
+    }
 }
 
 void

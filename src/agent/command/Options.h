@@ -33,6 +33,9 @@ Igmp::IgmpVersion igmpVersion( std::string const& text );
 /// The argument DEVICE and the option --ns of the verbs that work on one device.
 void addDevice( CLI::App& command, std::string& device, Zornet::NamespaceName& ns );
 
+/// For CLI::Option::check(): what is wrong with the path of a socket; empty where nothing is.
+std::string socketPath( std::string const& path );
+
 /// The option --trace of every verb that runs hosts.
 void addTraces( CLI::App& command, std::vector<TraceRequest>& traces );
 

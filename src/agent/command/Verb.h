@@ -14,6 +14,7 @@ struct Verb {
 };
 
 // Each adds its subcommand; one source file each.
+Verb addCtl( CLI::App& app );
 Verb addDemo( CLI::App& app );
 Verb addModel( CLI::App& app );
 Verb addQuery( CLI::App& app );

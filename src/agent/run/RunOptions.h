@@ -16,8 +16,9 @@ struct RunOptions {
     std::optional<Shard> shard;
     std::optional<Kiv::U64> seed;
 
-    std::optional<std::string> statusFile; ///< "-" for the standard output
-    bool leaveOnExit = false;              ///< the hosts leave their groups before they go
+    std::optional<std::string> statusFile;  ///< "-" for the standard output
+    bool leaveOnExit = false;               ///< the hosts leave their groups before they go
+    std::optional<std::string> controlPath; ///< where the hosts can be reached while they run
     std::vector<TraceRequest> traces;
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <set>
 
+#include "agent/hosts/Generations.h"
+
 namespace Agent {
 
 namespace {
@@ -35,8 +37,8 @@ sourcesAre( AddressList const& wanted, IgmpV3GroupRecord& record ) {
 }
 
 U32
-generation( HostSpec const& spec, Kiv::AttributeId counter ) {
-    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : 1;
+generation( HostSpec const& spec, Kiv::AttributeId counter, U32 present ) {
+    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : nextGeneration( present );
 }
 
 } // namespace
@@ -68,15 +70,15 @@ loadHost( HostSpec const& spec, U32 index, IgmpHost& host ) {
 
 void
 startHost( HostSpec const& spec, IgmpHost& host ) {
-    host.configVersionIs( generation( spec, IgmpHost::attrConfigVersion ) );
-    host.intfConfigVersionIs( generation( spec, IgmpHost::attrIntfConfigVersion ) );
+    host.configVersionIs( generation( spec, IgmpHost::attrConfigVersion, host.configVersion() ) );
+    host.intfConfigVersionIs( generation( spec, IgmpHost::attrIntfConfigVersion, host.intfConfigVersion() ) );
     bool const disabled =
         spec.settings.find( IgmpHost::attrEnabled ) && !spec.settings.value<bool>( IgmpHost::attrEnabled );
     host.enabledIs( !disabled );
     for ( GroupSpec const& group : spec.groups ) {
         group.groups.forEach( [&]( Zornet::IpAddr const& addr ) {
             if ( auto const record = host.v3group( addr ) ) { // a template may have deleted it
-                record->versionIs( 1 );
+                record->versionIs( nextGeneration( record->version() ) );
             }
         } );
     }

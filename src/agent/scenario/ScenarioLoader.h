@@ -14,7 +14,7 @@ void loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir );
 /// stays so.
 void startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir );
 
-// The same for one host, which must not be there yet.
+// The same for one host. What the scenario does not name of a host that is there already stays.
 void loadHost( HostSpec const& spec, U32 index, Igmp::IgmpHost& host );
 void startHost( HostSpec const& spec, Igmp::IgmpHost& host );
 

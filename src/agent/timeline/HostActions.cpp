@@ -1,7 +1,6 @@
 #include "agent/timeline/HostActions.h"
 
-#include <algorithm>
-
+#include "agent/hosts/Generations.h"
 #include "agent/scenario/ScenarioLoader.h"
 
 namespace Agent {
@@ -11,55 +10,19 @@ namespace {
 using Igmp::IgmpHost;
 using Igmp::IgmpV3GroupRecord;
 
-constexpr Kiv::AttributeId packetAttributes[] = { IgmpHost::attrIpAddr, IgmpHost::attrMacAddr,
-                                                  IgmpHost::attrMtu, IgmpHost::attrEnableRouterAlert };
-constexpr Kiv::AttributeId bindingAttributes[] = { IgmpHost::attrDeviceName, IgmpHost::attrNs,
-                                                   IgmpHost::attrIntfId,     IgmpHost::attrVlanId,
-                                                   IgmpHost::attrTagged,     IgmpHost::attrUseMux };
-/// Where a setting acts at once, it waits until everything else is in place.
-constexpr Kiv::AttributeId lastAttributes[] = { IgmpHost::attrConfigVersion, IgmpHost::attrIntfConfigVersion,
-                                                IgmpHost::attrEnabled };
-
-/// 0 stands for what has no generation yet.
-U32
-nextGeneration( U32 generation ) {
-    return std::max( generation + 1, 1U );
-}
-
-bool
-setsAny( Settings const& settings, std::span<Kiv::AttributeId const> ids ) {
-    return std::any_of( ids.begin(), ids.end(), [&]( Kiv::AttributeId id ) { return settings.find( id ); } );
-}
-
-void
-raiseGenerations( Settings const& settings, IgmpHost& host ) {
-    if ( setsAny( settings, packetAttributes ) && !settings.find( IgmpHost::attrConfigVersion ) ) {
-        host.configVersionIs( nextGeneration( host.configVersion() ) );
-    }
-    if ( setsAny( settings, bindingAttributes ) && !settings.find( IgmpHost::attrIntfConfigVersion ) ) {
-        host.intfConfigVersionIs( nextGeneration( host.intfConfigVersion() ) );
-    }
-}
-
-void
-set( HostSpec const& values, U32 index, IgmpHost& host ) {
-    Settings const& settings = values.settings;
-    for ( Setting const& setting : settings.settings() ) {
+/// The settings as they are for one of the hosts: addresses step from host to host.
+Settings
+settingsOf( HostSpec const& values, U32 index ) {
+    Settings settings( IgmpHost::attributes() );
+    for ( Setting setting : values.settings.settings() ) {
         switch ( setting.attribute->id ) {
-        case IgmpHost::attrIpAddr: host.ipAddrIs( values.ipAddr( index ) ); break;
-        case IgmpHost::attrMacAddr: host.macAddrIs( values.macAddr( index ) ); break;
-        case IgmpHost::attrConfigVersion:
-        case IgmpHost::attrIntfConfigVersion:
-        case IgmpHost::attrEnabled: break;
-        default: setting.attribute->write( host, setting.value );
+        case IgmpHost::attrIpAddr: setting.value = values.ipAddr( index ); break;
+        case IgmpHost::attrMacAddr: setting.value = values.macAddr( index ); break;
+        default: break;
         }
+        settings.settingIs( setting );
     }
-    raiseGenerations( settings, host );
-    for ( Kiv::AttributeId const id : lastAttributes ) {
-        if ( Setting const* const setting = settings.find( id ) ) {
-            setting->attribute->write( host, setting->value );
-        }
-    }
+    return settings;
 }
 
 void
@@ -86,7 +49,9 @@ HostActions::perform( Event const& event, EventCursor::Unit const& unit ) {
 bool
 HostActions::act( Event const& event, EventCursor::Unit const& unit, IgmpHost& host ) {
     switch ( event.action ) {
-    case EventAction::set: set( event.values, static_cast<U32>( unit.hostIndex ), host ); break;
+    case EventAction::set:
+        setHost( host, settingsOf( event.values, static_cast<U32>( unit.hostIndex ) ) );
+        break;
     case EventAction::join: join( groupOf( event, unit.group ), host ); break;
     case EventAction::leave:
         if ( event.groups.empty() ) {

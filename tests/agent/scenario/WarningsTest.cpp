@@ -39,8 +39,9 @@ PrintTo( Regret const& regret, std::ostream* out ) {
 /// The texts of the warnings of what ends the process.
 std::vector<std::string>
 endsOf( std::string const& text ) {
+    Diagnostics const warnings = scenarioWarnings( scenarioOf( text ) );
     std::vector<std::string> texts;
-    for ( Diagnostic const& warning : scenarioWarnings( scenarioOf( text ) ).entries() ) {
+    for ( Diagnostic const& warning : warnings.entries() ) {
         if ( warning.endsProcess ) {
             texts.push_back( warning.text );
         }

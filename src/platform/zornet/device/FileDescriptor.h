@@ -23,6 +23,8 @@ class FileDescriptor {
     }
 
     int get() const { return descriptor_; }
+    /// Gives the descriptor up to the caller.
+    int release() { return std::exchange( descriptor_, -1 ); }
     explicit operator bool() const { return descriptor_ >= 0; }
 
   private:

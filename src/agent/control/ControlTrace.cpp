@@ -1,0 +1,7 @@
+#include "agent/control/ControlTrace.h"
+
+namespace Agent {
+
+Kiv::TraceHandle controlTrace( "Control" );
+
+} // namespace Agent

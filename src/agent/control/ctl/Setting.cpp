@@ -1,0 +1,118 @@
+#include <algorithm>
+
+#include "agent/control/ctl/Consent.h"
+#include "agent/control/ctl/Ctl.h"
+#include "agent/control/ctl/GenerationStep.h"
+#include "agent/control/ctl/Outcome.h"
+#include "agent/hosts/Generations.h"
+#include "agent/hosts/HostRegrets.h"
+#include "agent/scenario/Suggestion.h"
+
+namespace Agent {
+
+using Igmp::IgmpHost;
+
+namespace {
+
+/// No other process can hand an access object in.
+bool
+isSettable( Kiv::Attribute const& row ) {
+    return row.isWritable() && row.id != IgmpHost::attrExternalPam;
+}
+
+Kiv::Attribute const&
+settableRow( std::string const& name ) {
+    Kiv::Attribute const* const row = Kiv::findAttribute( IgmpHost::attributes(), name );
+    if ( row && isSettable( *row ) ) {
+        return *row;
+    }
+    std::vector<std::string_view> known;
+    for ( Kiv::Attribute const& candidate : IgmpHost::attributes() ) {
+        if ( isSettable( candidate ) ) {
+            known.emplace_back( candidate.name );
+        }
+    }
+    throw std::invalid_argument(
+        "a host has no attribute '" + name + "' that can be set" + suggestion( name, known )
+    );
+}
+
+Setting
+settingOf( std::string const& word ) {
+    std::size_t const equals = word.find( '=' );
+    if ( equals == std::string::npos ) {
+        throw std::invalid_argument( "expected ATTR=VALUE, found '" + word + "'" );
+    }
+    Kiv::Attribute const& row = settableRow( word.substr( 0, equals ) );
+    try {
+        return { &row, row.type->parse( std::string_view( word ).substr( equals + 1 ) ), {} };
+    } catch ( Kiv::RangeException const& fault ) {
+        throw std::invalid_argument( std::string( row.name ) + ": " + fault.what() );
+    }
+}
+
+Settings
+settingsOf( std::vector<std::string> const& words ) {
+    Settings settings( IgmpHost::attributes() );
+    for ( std::string const& word : words ) {
+        Setting const setting = settingOf( word );
+        if ( settings.find( setting.attribute->id ) ) {
+            throw std::invalid_argument( std::string( setting.attribute->name ) + " is given twice" );
+        }
+        settings.settingIs( setting );
+    }
+    return settings;
+}
+
+/// Of what single hosts cannot be warned.
+std::vector<Diagnostic>
+sharedRegrets( Hosts const& hosts, Settings const& changes ) {
+    std::vector<Diagnostic> regrets;
+    for ( Kiv::AttributeId const id : { IgmpHost::attrIpAddr, IgmpHost::attrMacAddr } ) {
+        if ( Setting const* const setting = changes.find( id ); setting && hosts.size() > 1 ) {
+            regrets.push_back( { {}, std::string( setting->attribute->name ) + ": all get the same address" }
+            );
+        }
+    }
+    return regrets;
+}
+
+std::vector<std::string>
+namesOf( std::vector<Kiv::Attribute const*> const& rows ) {
+    std::vector<std::string> names;
+    for ( Kiv::Attribute const* const row : rows ) {
+        names.emplace_back( row->name );
+    }
+    return names;
+}
+
+} // namespace
+
+void
+ctlSet( CtlOptions const& options ) {
+    Settings const changes = settingsOf( options.words );
+    ControlClient client( options.path, options.patience );
+    client.synchronise();
+    Outcome outcome{ "set", {}, selectedHosts( client, options.host ), {} };
+    Consent consent;
+    for ( auto const& host : outcome.hosts ) {
+        consent.add(
+            host->name().charPtr(), newRegrets( hostSpecOf( *host ), hostSpecOf( *host, changes ) )
+        );
+    }
+    consent.add( told( outcome.hosts ), sharedRegrets( outcome.hosts, changes ) );
+    consent.demand( options.isForced );
+    Kiv::U32 const step = generationStep();
+    for ( auto const& host : outcome.hosts ) {
+        outcome.raised = namesOf( setHost( *host, changes, step ) );
+    }
+    for ( Setting const& setting : changes.settings() ) {
+        outcome.objects.push_back(
+            std::string( setting.attribute->name ) + "=" + setting.attribute->type->format( setting.value )
+        );
+    }
+    client.settle();
+    print( outcome, options );
+}
+
+} // namespace Agent
