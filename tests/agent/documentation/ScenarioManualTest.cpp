@@ -6,7 +6,9 @@
 #include <regex>
 #include <sstream>
 
+#include "agent/scenario/ScenarioReader.h"
 #include "agent/scenario/reading/SettingReader.h"
+#include "agent/timeline/EventReader.h"
 #include "tests/agent/documentation/HelpPages.h"
 #include "tests/support/Namespace.h"
 #include "tests/support/Paths.h"
@@ -45,6 +47,15 @@ defaults( std::span<Kiv::Attribute const* const> attributes ) {
     return found;
 }
 
+std::map<std::string, std::string>
+withoutDefaults( std::span<KeyRow const> rows ) {
+    std::map<std::string, std::string> found;
+    for ( KeyRow const& row : rows ) {
+        found[std::string( row.name )];
+    }
+    return found;
+}
+
 } // namespace
 
 TEST_F( ScenarioManual, ExplainsTheSettingsOfAHostWithTheirDefaults ) {
@@ -63,6 +74,23 @@ TEST_F( ScenarioManual, ExplainsTheSettingsOfAGroupWithTheirDefaults ) {
         expected[own] = "";
     }
     EXPECT_EQ( keys( "GROUPS" ), expected );
+}
+
+TEST_F( ScenarioManual, ExplainsTheKeysOfEvents ) {
+    EXPECT_EQ( keys( "EVENTS" ), withoutDefaults( eventKeys() ) );
+    EXPECT_EQ( keys( "ZAP" ), withoutDefaults( zapKeys() ) );
+    EXPECT_EQ( keys( "FLAP" ), withoutDefaults( flapKeys() ) );
+}
+
+/// Its keys are known by what the reader says of one that it does not know.
+TEST_F( ScenarioManual, ExplainsTheKeysOfAFile ) {
+    for ( auto const& [key, none] : keys( "DESCRIPTION" ) ) {
+        Diagnostics errors;
+        readScenarioText( "file", key + ": {}", errors );
+        std::ostringstream told;
+        errors.print( told, { "file" }, "error" );
+        EXPECT_EQ( told.str().find( "unknown key" ), std::string::npos ) << key;
+    }
 }
 
 TEST( Manual, HasNothingForTheLinterToSay ) {
