@@ -48,6 +48,7 @@ struct Kiv::ValueTraits<Igmp::IgmpVersion> {
     static constexpr ValueForm form = ValueForm::enumeration;
     static std::string format( Igmp::IgmpVersion value );
     static Igmp::IgmpVersion parse( std::string_view text );
+    static Igmp::IgmpVersion fromNumber( U32 number ) { return Igmp::IgmpVersionInstance( number ); }
 };
 
 template <>
@@ -56,4 +57,5 @@ struct Kiv::ValueTraits<Igmp::TimerState> {
     static constexpr ValueForm form = ValueForm::enumeration;
     static std::string format( Igmp::TimerState value );
     static Igmp::TimerState parse( std::string_view text );
+    static Igmp::TimerState fromNumber( U32 number ) { return Igmp::TimerStateInstance( number ); }
 };

@@ -14,8 +14,10 @@ struct V3group {
 };
 
 constexpr Kiv::Attribute table[] = {
-    Kiv::scalarAttribute<&IgmpHost::configVersion, &IgmpHost::configVersionIs, &Watcher::onConfigVersion>(
-        IgmpHost::attrConfigVersion, "configVersion", "0"
+    announcing(
+        Kiv::scalarAttribute<&IgmpHost::configVersion, &IgmpHost::configVersionIs, &Watcher::onConfigVersion>(
+            IgmpHost::attrConfigVersion, "configVersion", "0"
+        )
     ),
     Kiv::scalarAttribute<&IgmpHost::ipAddr, &IgmpHost::ipAddrIs, &Watcher::onIpAddr>(
         IgmpHost::attrIpAddr, "ipAddr", "0.0.0.0"
@@ -23,10 +25,10 @@ constexpr Kiv::Attribute table[] = {
     Kiv::scalarAttribute<&IgmpHost::macAddr, &IgmpHost::macAddrIs, &Watcher::onMacAddr>(
         IgmpHost::attrMacAddr, "macAddr", "00:00:00:00:00:00"
     ),
-    Kiv::scalarAttribute<
-        &IgmpHost::intfConfigVersion, &IgmpHost::intfConfigVersionIs, &Watcher::onIntfConfigVersion>(
+    announcing( Kiv::scalarAttribute<
+                &IgmpHost::intfConfigVersion, &IgmpHost::intfConfigVersionIs, &Watcher::onIntfConfigVersion>(
         IgmpHost::attrIntfConfigVersion, "intfConfigVersion", "0"
-    ),
+    ) ),
     Kiv::scalarAttribute<&IgmpHost::intfId, &IgmpHost::intfIdIs, &Watcher::onIntfId>(
         IgmpHost::attrIntfId, "intfId", ""
     ),
@@ -57,9 +59,9 @@ constexpr Kiv::Attribute table[] = {
         IgmpHost::attrDirection, "direction", "both"
     ),
     Kiv::pointerAttribute<&IgmpHost::pam, &IgmpHost::pamIs>( IgmpHost::attrPam, "pam", "Zornet::Pam" ),
-    Kiv::scalarAttribute<&IgmpHost::enabled, &IgmpHost::enabledIs, &Watcher::onEnabled>(
+    announcing( Kiv::scalarAttribute<&IgmpHost::enabled, &IgmpHost::enabledIs, &Watcher::onEnabled>(
         IgmpHost::attrEnabled, "enabled", "false"
-    ),
+    ) ),
     Kiv::scalarAttribute<&IgmpHost::igmpVersion, &IgmpHost::igmpVersionIs, &Watcher::onIgmpVersion>(
         IgmpHost::attrIgmpVersion, "igmpVersion", "igmpVersion2"
     ),

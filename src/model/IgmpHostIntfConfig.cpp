@@ -28,6 +28,13 @@ IgmpHostIntfConfig::IgmpHostIntfConfig(
 )
     : IgmpHostIntfConfig( Kiv::compositeArguments( typeName, table, at, end ) ) {}
 
+IgmpHostIntfConfig::IgmpHostIntfConfig( Kiv::NboAttrLog::In* in, Kiv::StreamBogon )
+    : intfId_( Kiv::NboAttrLog::valueIn<Zornet::IntfId>( *in ) ),
+      deviceName_( in->nextString() ),
+      vlanId_( in->nextU16() ),
+      tagged_( in->nextbool() ),
+      useMux_( in->nextbool() ) {}
+
 IgmpHostIntfConfig::IgmpHostIntfConfig( std::span<std::any const> values )
     : IgmpHostIntfConfig(
           std::any_cast<Zornet::IntfId const&>( values[0] ), std::any_cast<Kiv::String8 const&>( values[1] ),
@@ -42,6 +49,14 @@ IgmpHostIntfConfig::attributes() {
 Kiv::String8
 valueToStrep( IgmpHostIntfConfig const& config ) {
     return Kiv::compositeText( typeName, table, Kiv::ValueHolder( config ) );
+}
+
+Kiv::Ptr<Kiv::NboAttrLog::Out> const&
+operator<<( Kiv::Ptr<Kiv::NboAttrLog::Out> const& out, IgmpHostIntfConfig const& config ) {
+    for ( Kiv::Attribute const& field : table ) {
+        field.type->out( *out, field.read( Kiv::ValueHolder( config ) ) );
+    }
+    return out;
 }
 
 void

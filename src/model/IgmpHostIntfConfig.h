@@ -25,6 +25,9 @@ class IgmpHostIntfConfig {
     /// From its text form; advances `at` past it. Raises RangeException. A number of a VLAN beyond 16 bits is
     /// cut, on purpose.
     IgmpHostIntfConfig( Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end );
+    /// From its binary form on a stream: the fields in order, and nothing else. Raises what the reading of a
+    /// field raises.
+    IgmpHostIntfConfig( Kiv::NboAttrLog::In* in, Kiv::StreamBogon );
     /// From the values of its fields, in order.
     explicit IgmpHostIntfConfig( std::span<std::any const> values );
 
@@ -49,6 +52,9 @@ class IgmpHostIntfConfig {
 };
 
 Kiv::String8 valueToStrep( IgmpHostIntfConfig const& config );
+/// Appends the binary form. Raises AttrLogRecordException for a text that no stream may carry.
+Kiv::Ptr<Kiv::NboAttrLog::Out> const&
+operator<<( Kiv::Ptr<Kiv::NboAttrLog::Out> const& out, IgmpHostIntfConfig const& config );
 void sequenceToValue(
     Kiv::String8::IteratorConst& at, Kiv::String8::IteratorConst const& end, IgmpHostIntfConfig* config
 );

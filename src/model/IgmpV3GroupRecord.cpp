@@ -18,8 +18,10 @@ constexpr Kiv::Attribute table[] = {
     Kiv::containedAttribute<&Record::source, &Record::sourceIs, &Record::sourceDel>(
         Record::attrSource, "source", "Igmp::IgmpV3HostGroupSourceList"
     ),
-    Kiv::scalarAttribute<&Record::version, &Record::versionIs, &Kiv::Entity::NotifieeConst::onVersion>(
-        Record::attrVersion, "version", "0"
+    announcing(
+        Kiv::scalarAttribute<&Record::version, &Record::versionIs, &Kiv::Entity::NotifieeConst::onVersion>(
+            Record::attrVersion, "version", "0"
+        )
     ),
     Kiv::scalarAttribute<&Record::replicate, &Record::replicateIs, &Watcher::onReplicate>(
         Record::attrReplicate, "replicate", "false"

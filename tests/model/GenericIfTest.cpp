@@ -41,7 +41,10 @@ textOf( Action action ) {
 }
 
 /// A value of another type than every attribute has.
-struct Foreign {};
+struct Foreign {
+    explicit Foreign( bool = false ) {}
+    bool value() const { return false; }
+};
 } // namespace
 } // namespace Igmp
 
@@ -50,7 +53,7 @@ struct Kiv::ValueTraits<Igmp::Foreign> {
     static constexpr char const* name = "Foreign";
     static constexpr ValueForm form = ValueForm::text;
     static std::string format( Igmp::Foreign const& ) { return ""; }
-    static Igmp::Foreign parse( std::string_view ) { return {}; }
+    static Igmp::Foreign parse( std::string_view ) { return Igmp::Foreign(); }
 };
 
 namespace Igmp {

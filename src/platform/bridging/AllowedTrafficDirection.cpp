@@ -1,5 +1,6 @@
 #include "platform/bridging/AllowedTrafficDirection.h"
 
+#include <iterator>
 #include <ostream>
 
 #include "platform/kiv/EnumText.h"
@@ -26,6 +27,14 @@ stringValue( AllowedTrafficDirection direction ) {
 AllowedTrafficDirection
 allowedTrafficDirection( std::string_view text ) {
     return enumParse( names, typeName, text );
+}
+
+AllowedTrafficDirection
+allowedTrafficDirection( Kiv::U32 number ) {
+    if ( number >= std::size( names ) ) {
+        Kiv::throwRangeException( typeName );
+    }
+    return names[number].value;
 }
 
 Kiv::String8

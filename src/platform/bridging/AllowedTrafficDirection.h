@@ -20,6 +20,8 @@ enum class AllowedTrafficDirection : Kiv::U32 {
 Kiv::String8 stringValue( AllowedTrafficDirection direction );
 /// The direction of that name. Raises RangeException for any other text.
 AllowedTrafficDirection allowedTrafficDirection( std::string_view text );
+/// The direction of that number. Raises RangeException "AllowedTrafficDirection" where there is none.
+AllowedTrafficDirection allowedTrafficDirection( Kiv::U32 number );
 /// The name between single quotes.
 Kiv::String8 valueToStrep( AllowedTrafficDirection direction );
 std::ostream& operator<<( std::ostream& out, AllowedTrafficDirection direction );
@@ -35,5 +37,8 @@ struct Kiv::ValueTraits<Bridging::AllowedTrafficDirection> {
     }
     static Bridging::AllowedTrafficDirection parse( std::string_view text ) {
         return Bridging::allowedTrafficDirection( text );
+    }
+    static Bridging::AllowedTrafficDirection fromNumber( U32 number ) {
+        return Bridging::allowedTrafficDirection( number );
     }
 };

@@ -38,6 +38,8 @@ struct Attribute {
     char const* objectType = nullptr;   ///< full name of the class that is held or collected
     PointerOps const* pointer = nullptr;
     CollectionOps const* collection = nullptr;
+    /// A change of it makes what else was changed on the object take effect, so a replica gets it last.
+    bool announces = false;
 
     bool isWritable() const { return write != nullptr; }
 };
@@ -71,6 +73,13 @@ scalarAttribute( AttributeId id, char const* name, char const* defaultText ) {
         ( static_cast<Class&>( object ).*mutator )( std::any_cast<T const&>( value ) );
     };
     row.callback = &CallbackThunk<callback>::call;
+    return row;
+}
+
+/// The same row for an attribute whose change makes the others take effect.
+constexpr Attribute
+announcing( Attribute row ) {
+    row.announces = true;
     return row;
 }
 

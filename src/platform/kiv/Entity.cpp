@@ -52,6 +52,27 @@ Entity::notifyAll( AttributeId id, FunctionRef<void( Reactor& )> call ) {
     }
 }
 
+Entity::Reactor*
+Entity::streamAdapter( FunctionRef<bool( Reactor& )> found ) const {
+    Reactor* at = notifiees_.head;
+    while ( at && at->isStreamAdapter() && !found( *at ) ) {
+        at = at->nextInList_;
+    }
+    return at && at->isStreamAdapter() ? at : nullptr;
+}
+
+void
+Entity::orphan( Entity& child ) {
+    child.parentIs( nullptr );
+    if ( child.hasNotifiees() ) {
+        child.notifyAll( attrParent, []( Reactor& reactor ) {
+            if ( reactor.isGeneric() ) {
+                reactor.onChange( attrParent, {} );
+            }
+        } );
+    }
+}
+
 void
 Entity::NotifieeConst::doLink( bool link ) {
     auto* const entity = const_cast<Entity*>( notifierEntity() );

@@ -19,6 +19,7 @@ class ListRaw {
 class Entity : public PtrInterface {
   public:
     class NotifieeConst;
+    class KivNboAttrLogSa;
     using Reactor = PtrInterface::NotifieeConst;
 
     ~Entity() override;
@@ -36,6 +37,8 @@ class Entity : public PtrInterface {
     /// How often an effective mutator has run.
     U32 modificationCount() const { return modificationCount_; }
     bool hasNotifiees() const { return notifiees_.head != nullptr; }
+    /// The registered stream adapters, which stand first among the reactors, until `found` holds of one.
+    Reactor* streamAdapter( FunctionRef<bool( Reactor& )> found ) const;
 
   protected:
     explicit Entity( Name const& name ) : name_( name ) {}
@@ -113,7 +116,8 @@ class Entity : public PtrInterface {
         child.parentAttrIdIs( id );
     }
     void adopt( AttributeId, PtrInterface& ) {}
-    static void orphan( Entity& child ) { child.parentIs( nullptr ); }
+    /// The child's generic reactors are told, as of a change of its parent.
+    static void orphan( Entity& child );
     static void orphan( PtrInterface& ) {}
     /// For the destructor of an entity with a collection: members that others still hold have no parent then.
     template <class M, class K>

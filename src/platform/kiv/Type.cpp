@@ -117,7 +117,7 @@ constexpr Attribute entityTable[] = {
     { attrHasAttrLogInterface, "kivHasAttrLogInterface", AttributeKind::constant, &valueType<bool>, "true",
       []( PtrInterface const& ) { return std::any( true ); }, nullptr, nullptr },
     readOnlyAttribute<&Entity::name>( 155, "name", AttributeKind::argument, nullptr ),
-    fixedPointerAttribute<&Entity::parent>( 156, "parent", "Kiv::Entity" ),
+    fixedPointerAttribute<&Entity::parent>( attrParent, "parent", "Kiv::Entity" ),
     readOnlyAttribute<&Entity::modificationCount>( 157, "modificationCount", AttributeKind::state, "0" ),
 };
 

@@ -30,5 +30,6 @@ using AttributeId = S32;
 inline constexpr AttributeId attrFwkKey = 0;
 inline constexpr AttributeId attrTime = 150; ///< behind onTime() of a timer
 inline constexpr AttributeId attrHasAttrLogInterface = 154;
+inline constexpr AttributeId attrParent = 156; ///< of an entity
 
 } // namespace Kiv

@@ -6,6 +6,7 @@
 
 #include "platform/kiv/TextForm.h"
 #include "platform/kiv/Types.h"
+#include "platform/kiv/nboattrlog/WireForm.h"
 
 namespace Kiv {
 
@@ -17,6 +18,8 @@ enum class ValueForm { boolean, unsignedInteger, real, enumeration, text };
 ///     static constexpr ValueForm form;
 ///     static std::string format( T const& );  canonical text
 ///     static T parse( std::string_view );     raises RangeException naming what was expected
+/// and, for an enumeration that not every number belongs to,
+///     static T fromNumber( U32 );             raises RangeException
 template <class T>
 struct ValueTraits;
 
@@ -28,6 +31,9 @@ struct ValueType {
     std::any ( *parse )( std::string_view text );
     /// The value at a place within a longer text, in the form that strep() gives.
     std::any ( *read )( String8::IteratorConst& at, String8::IteratorConst const& end );
+    /// The value on a stream. Reading raises RangeException or AttrLogRecordException.
+    void ( *out )( NboAttrLog::Out& out, std::any const& value );
+    std::any ( *in )( NboAttrLog::In& in );
 
     /// The text form: canonical text, between quotes unless the value is a number or a truth value.
     String8 strep( std::any const& value ) const;
@@ -55,6 +61,10 @@ inline constexpr ValueType valueType{
     []( std::any const& value ) { return ValueTraits<T>::format( std::any_cast<T const&>( value ) ); },
     []( std::string_view text ) { return std::any( ValueTraits<T>::parse( text ) ); },
     &readValue<T>,
+    []( NboAttrLog::Out& out, std::any const& value ) {
+        NboAttrLog::valueOut( out, std::any_cast<T const&>( value ) );
+    },
+    []( NboAttrLog::In& in ) { return std::any( NboAttrLog::valueIn<T>( in ) ); },
 };
 
 /// Parses a whole unsigned number of at most `max`. Raises RangeException naming the type and the range.
