@@ -5,6 +5,7 @@ find_package( nlohmann_json REQUIRED )
 find_package( CLI11 REQUIRED )
 find_package( PkgConfig REQUIRED )
 pkg_check_modules( pcap REQUIRED IMPORTED_TARGET libpcap )
+pkg_check_modules( prometheus REQUIRED IMPORTED_TARGET prometheus-cpp-pull prometheus-cpp-core )
 
 igmphost_sources( agentSources src/agent )
 list( REMOVE_ITEM agentSources ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )
@@ -13,7 +14,9 @@ if( NOT agentSources )
 endif()
 add_library( igmphost_agent_lib STATIC ${agentSources} )
 target_link_libraries( igmphost_agent_lib PUBLIC
-   igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 PkgConfig::pcap )
+   igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 PkgConfig::pcap PkgConfig::prometheus )
+# By name alone: the flags of its package configuration would not suit the precompiled header of the tests.
+target_link_libraries( igmphost_agent_lib PRIVATE ncursesw tinfo )
 target_compile_definitions( igmphost_agent_lib PRIVATE IGMPHOST_VERSION="${PROJECT_VERSION}" )
 
 if( EXISTS ${PROJECT_SOURCE_DIR}/src/agent/main.cpp )

@@ -34,6 +34,7 @@ WireDevice::send( Zornet::EthDevPam const&, std::span<Zornet::U8 const> frame ) 
     if ( !running() || frame.size() < sizeof( Zornet::EthHdr ) ) {
         return false;
     }
+    tellSent( frame );
     segment_->transmit( *this, frame );
     return true;
 }

@@ -23,9 +23,9 @@ class CableTest : public ::testing::Test {
         vethIs( *near_, "near0", *far_, "far0" );
     }
 
-    /// A file with two hosts, "rx-1" and "rx-2" of 10.0.0.11 and 10.0.0.12, in 239.1.1.1 and 239.1.1.2.
-    /// `more` is further lines of the hosts' entry.
-    std::string scenario( std::string const& more = "" ) const {
+    /// A file with two hosts, "rx-1" and "rx-2" of 10.0.0.11 and 10.0.0.12, each in `groups` groups from
+    /// 239.1.1.1 on. `more` is further lines of the hosts' entry.
+    std::string scenario( std::string const& more = "", int groups = 2 ) const {
         return folder_.fileWith(
             "s.yaml", "hosts:\n"
                       "  - name: rx\n"
@@ -35,7 +35,8 @@ class CableTest : public ::testing::Test {
                       "    deviceName: near0\n"
                       "    ns: " +
                           near_->name() + "\n" + more +
-                          "    groups: [ { multicastAddr: 239.1.1.1, filterMode: exclude, count: 2 } ]\n"
+                          "    groups: [ { multicastAddr: 239.1.1.1, filterMode: exclude, count: " +
+                          std::to_string( groups ) + " } ]\n"
         );
     }
     /// Arguments that name the far end as the device.

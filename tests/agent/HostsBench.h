@@ -44,7 +44,10 @@ class HostsBench : public Support::SimulatedTest {
     Scenario scenario_;
     RunOptions options_;
     Emulation emulation_{ wheel() };
-    RunContext context_{ options_, scenario_, wheel(), emulation_ };
+    Traffic traffic_;
+    StatusLedger ledger_{ emulation_ };
+    Messages messages_{ LogFormat::text, false };
+    RunContext context_{ options_, scenario_, wheel(), emulation_, traffic_, ledger_, messages_ };
 };
 
 } // namespace Agent

@@ -4,19 +4,11 @@
 #include <iomanip>
 #include <ostream>
 
+#include "agent/output/Grouped.h"
+
 namespace Agent {
 
 namespace {
-
-/// With a comma before every three digits.
-std::string
-grouped( Kiv::U64 number ) {
-    std::string text = std::to_string( number );
-    for ( auto at = static_cast<long>( text.size() ) - 3; at > 0; at -= 3 ) {
-        text.insert( static_cast<std::size_t>( at ), "," );
-    }
-    return text;
-}
 
 void
 printRow( std::ostream& out, char const* what, std::string const& left, std::string const& right ) {

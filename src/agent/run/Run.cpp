@@ -5,15 +5,18 @@
 #include <iostream>
 #include <memory>
 
+#include "agent/metrics/MetricsServer.h"
 #include "agent/output/StatusFile.h"
-#include "agent/output/StatusTotals.h"
+#include "agent/output/StatusLines.h"
 #include "agent/run/Leaving.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
 #include "agent/scenario/ScenarioLoader.h"
 #include "agent/scenario/ScenarioReader.h"
 #include "agent/scenario/Warnings.h"
+#include "agent/screen/Screen.h"
 #include "agent/timeline/Timeline.h"
+#include "agent/traffic/CaptureFile.h"
 #include "platform/kiv/Clock.h"
 
 namespace Agent {
@@ -22,6 +25,13 @@ namespace {
 
 using RunParts = std::vector<std::unique_ptr<RunPart>>;
 
+/// Whether the standard output is a terminal that nothing else is meant for.
+bool
+wantsScreen( RunOptions const& options ) {
+    return !options.quiet && !options.statusInterval && options.logFormat == LogFormat::text &&
+           options.statusFile != "-" && options.captureFile != "-" && Screen::isPossible();
+}
+
 /// What the options ask for, in the order in which it is told of anything.
 RunParts
 makeRunParts( RunContext const& context ) {
@@ -29,8 +39,19 @@ makeRunParts( RunContext const& context ) {
     if ( !context.scenario.events.empty() ) {
         parts.push_back( std::make_unique<Timeline>( context ) );
     }
+    if ( context.options.captureFile ) {
+        parts.push_back( std::make_unique<CaptureFile>( context ) );
+    }
     if ( context.options.statusFile ) {
         parts.push_back( std::make_unique<StatusFile>( context ) );
+    }
+    if ( context.options.metrics ) {
+        parts.push_back( std::make_unique<MetricsServer>( context ) );
+    }
+    if ( wantsScreen( context.options ) ) {
+        parts.push_back( std::make_unique<Screen>( context ) );
+    } else if ( context.options.statusInterval || !context.options.quiet ) {
+        parts.push_back( std::make_unique<StatusLines>( context ) );
     }
     return parts;
 }
@@ -38,10 +59,10 @@ makeRunParts( RunContext const& context ) {
 /// A checked scenario on its way from load to teardown.
 class Runner {
   public:
-    Runner( RunOptions const& options, Scenario const& scenario )
+    Runner( RunOptions const& options, Scenario const& scenario, Messages& messages )
         : console_( std::cerr, options.traces ),
           signals_( { SIGINT, SIGTERM, SIGUSR1 }, [this]( int signal ) { handleSignal( signal ); } ),
-          context_{ options, scenario, wheel_, emulation_ } {}
+          context_{ options, scenario, wheel_, emulation_, traffic_, ledger_, messages } {}
     ~Runner() {
         while ( !parts_.empty() ) {
             parts_.pop_back();
@@ -53,21 +74,38 @@ class Runner {
     ExitStatus run();
 
   private:
+    std::optional<NextEvent> nextEvent() const;
     void handleSignal( int signal );
     void leave();
     void tellBegin() const;
-    void tellEnd() const;
+    void tellEnd();
 
     TraceConsole console_;
     SignalWatch signals_;
     Kiv::Ptr<Lumo::TimerWheel> const wheel_{ new Lumo::TimerWheel };
+    Traffic traffic_;
     Emulation emulation_{ wheel_ };
+    StatusLedger ledger_{ emulation_ };
     RunContext context_;
     RunParts parts_ = makeRunParts( context_ );
 };
 
+/// The earliest that any part plans.
+std::optional<NextEvent>
+Runner::nextEvent() const {
+    std::optional<NextEvent> first;
+    for ( auto const& part : parts_ ) {
+        std::optional<NextEvent> const next = part->nextEvent();
+        if ( next && ( !first || next->time < first->time ) ) {
+            first = next;
+        }
+    }
+    return first;
+}
+
 ExitStatus
 Runner::run() {
+    context_.nextEvent = [this] { return nextEvent(); };
     loadHosts( context_.scenario, emulation_.hostDir() );
     for ( auto const& part : parts_ ) {
         part->handleLoaded();
@@ -124,11 +162,12 @@ Runner::tellBegin() const {
 }
 
 void
-Runner::tellEnd() const {
-    StatusTotals const totals( emulation_.statusDir() );
+Runner::tellEnd() {
+    ledger_.balance();
+    StatusLedger::Account const total = ledger_.total();
     std::cerr << "igmphost: ended after " << std::fixed << std::setprecision( 1 )
-              << Kiv::now() - context_.started << " s; sent " << totals.sent() << " messages, heard "
-              << totals.queriesHeard << " queries" << std::endl;
+              << Kiv::now() - context_.started << " s; sent " << total.messagesSent() << " messages, heard "
+              << total.queriesHeard() << " queries" << std::endl;
 }
 
 /// What the command line says goes before what the files say.
@@ -143,6 +182,7 @@ applyOptions( RunOptions const& options, Scenario& scenario ) {
 
 ExitStatus
 run( RunOptions const& options ) {
+    Messages messages( options.logFormat, options.quiet );
     Diagnostics errors;
     Scenario scenario = readScenario( options.scenarioFiles, errors );
     if ( !errors.empty() ) {
@@ -155,7 +195,8 @@ run( RunOptions const& options ) {
         std::cerr << "igmphost: error: " << missing << std::endl;
         return exitFailed;
     }
-    return Runner( options, scenario ).run();
+    std::signal( SIGPIPE, SIG_IGN ); // a reader who goes away is a fault of the output, and not the end
+    return Runner( options, scenario, messages ).run();
 }
 
 } // namespace Agent

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "agent/metrics/MetricsAddress.h"
+#include "agent/output/Messages.h"
 #include "agent/output/TraceConsole.h"
 #include "agent/scenario/Scenario.h"
 
@@ -16,7 +18,14 @@ struct RunOptions {
     std::optional<Shard> shard;
     std::optional<Kiv::U64> seed;
 
-    std::optional<std::string> statusFile;  ///< "-" for the standard output
+    std::optional<std::string> statusFile;      ///< "-" for the standard output
+    std::optional<Kiv::Seconds> statusInterval; ///< of JSON lines on the standard output; none for no lines
+    LogFormat logFormat = LogFormat::text;
+    bool quiet = false;                     ///< tells only of errors and warnings
+    std::optional<std::string> captureFile; ///< "-" for the standard output
+    std::optional<Kiv::U64> captureLimit;   ///< in bytes
+    std::optional<MetricsAddress> metrics;  ///< where they are served; none for nowhere
+    bool metricsPerHost = false;
     bool leaveOnExit = false;               ///< the hosts leave their groups before they go
     std::optional<std::string> controlPath; ///< where the hosts can be reached while they run
     std::vector<TraceRequest> traces;

@@ -1,9 +1,16 @@
 #pragma once
 
+#include <functional>
+#include <optional>
+
 #include "agent/command/ExitStatus.h"
+#include "agent/output/Messages.h"
+#include "agent/output/StatusLedger.h"
 #include "agent/run/Emulation.h"
+#include "agent/run/NextEvent.h"
 #include "agent/run/RunOptions.h"
 #include "agent/scenario/Scenario.h"
+#include "agent/traffic/Traffic.h"
 
 namespace Agent {
 
@@ -13,6 +20,11 @@ struct RunContext {
     Scenario const& scenario;
     Kiv::Ptr<Lumo::TimerWheel> wheel;
     Emulation& emulation;
+    Traffic& traffic;
+    StatusLedger& ledger;
+    Messages& messages;
+    /// What any part plans to do first of all; none where there is no plan. May be empty.
+    std::function<std::optional<NextEvent>()> nextEvent{};
     Kiv::Seconds started = 0.0; ///< when the hosts were started, on the clock of Kiv::now()
 };
 
@@ -27,6 +39,8 @@ class RunPart {
     virtual void handleLoaded() {}
     /// The hosts have been started.
     virtual void handleStarted() {}
+    /// What this part plans to do next.
+    virtual std::optional<NextEvent> nextEvent() const { return std::nullopt; }
     /// SIGUSR1.
     virtual void handleStatusWanted() {}
     /// The time is over: from now on nothing happens by plan. The hosts are as they were, and may leave their

@@ -43,6 +43,18 @@ Timeline::next() const {
     return Next{ context_.started + queue_.top().time, &cursors_[queue_.top().cursor].event() };
 }
 
+std::optional<NextEvent>
+Timeline::nextEvent() const {
+    std::optional<Next> const due = next();
+    if ( !due ) {
+        return {};
+    }
+    U64 const hosts = due->event->selection.count();
+    return NextEvent{ due->time, std::string( actionName( due->event->action ) ) + ", line " +
+                                     std::to_string( due->event->at.line ) + ", " + std::to_string( hosts ) +
+                                     ( hosts == 1 ? " host" : " hosts" ) };
+}
+
 void
 Timeline::handleTimer() {
     Kiv::Seconds const now = Kiv::now() - context_.started + tolerance;

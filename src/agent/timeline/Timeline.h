@@ -25,6 +25,7 @@ class Timeline : public RunPart {
     void handleTimeOver() override { timer_->stop(); }
 
     std::optional<Next> next() const;
+    std::optional<NextEvent> nextEvent() const override;
 
   private:
     struct Entry {

@@ -87,6 +87,9 @@ EthDevPam::txPktIs( Kiv::Ptr<Pkt> const& pkt ) {
                            return device_->send( *this, frame );
                        } );
     if ( !taken ) {
+        if ( device_ ) {
+            device_->tellSendLosses( 1 );
+        }
         txDropsInc( 1 );
     }
 }

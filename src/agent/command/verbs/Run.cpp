@@ -5,6 +5,52 @@
 
 namespace Agent {
 
+namespace {
+
+void
+addCapture( CLI::App& command, RunOptions& options ) {
+    command
+        .add_option(
+            "--pcap", options.captureFile,
+            "Capture what the hosts' devices send and receive, for packet analysers; - for the standard "
+            "output"
+        )
+        ->type_name( "FILE" );
+    command.add_option( "--pcap-limit", options.captureLimit, "End the capture before the file is longer" )
+        ->transform( CLI::AsSizeValue( false ) )
+        ->type_name( "BYTES, as in 10M" );
+}
+
+void
+addTelling( CLI::App& command, RunOptions& options ) {
+    addParsed(
+        command, "--status-interval", options.statusInterval, durationOf, "S",
+        "Every S seconds and at the end, write what all hosts and devices have counted, as a line of JSON, "
+        "to "
+        "the standard output"
+    );
+    command.add_flag( "--quiet", options.quiet, "Tell of errors and warnings only" );
+    std::map<std::string, LogFormat> const formats{ { "text", LogFormat::text },
+                                                    { "json", LogFormat::json } };
+    command
+        .add_option( "--log-format", options.logFormat, "Form of what is told on the standard error [text]" )
+        ->transform( CLI::CheckedTransformer( formats ) )
+        ->type_name( "text|json" );
+}
+
+void
+addMetrics( CLI::App& command, RunOptions& options ) {
+    addParsed(
+        command, "--metrics", options.metrics, metricsAddressOf, "[ADDR]:PORT",
+        "Serve Prometheus metrics there, at /metrics; without ADDR on the loopback alone"
+    );
+    command.add_flag(
+        "--metrics-per-host", options.metricsPerHost, "Among the metrics, tell the status of every host"
+    );
+}
+
+} // namespace
+
 Verb
 addRun( CLI::App& app ) {
     auto const options = std::make_shared<RunOptions>();
@@ -19,6 +65,9 @@ addRun( CLI::App& app ) {
             "Write what every host has counted, as JSON, at the end and on SIGUSR1; - for the standard output"
         )
         ->type_name( "FILE" );
+    addTelling( command, *options );
+    addMetrics( command, *options );
+    addCapture( command, *options );
     addParsed(
         command, "--shard", options->shard, shardOf, "K/N",
         "Run every N-th host alone, from the K-th on; N processes run the scenario between them"

@@ -3,6 +3,7 @@
 #include "platform/zornet/EthDevPam.h"
 #include "platform/zornet/EthHdr.h"
 #include "platform/zornet/PktManager.h"
+#include "platform/zornet/device/FrameTap.h"
 
 namespace Zornet {
 
@@ -41,6 +42,9 @@ Device::portDel( EthDevPam& port ) {
 void
 Device::deliver( std::span<U8 const> frame ) {
     Kiv::Ptr<Device> const self( this );
+    if ( FrameTap* const tap = frameTap() ) {
+        tap->handleReceived( *this, frame );
+    }
     PortList::Walk everyFrame( everyFrame_ );
     PortList::Walk ipv4Only( ipv4Only_ );
     while ( auto const port = everyFrame.next() ) {
@@ -68,7 +72,24 @@ Device::runningIs( bool running ) {
 
 void
 Device::rxErrorsInc( U32 frames ) {
+    if ( FrameTap* const tap = frameTap() ) {
+        tap->handleReceiveLosses( *this, frames );
+    }
     countOnPorts( frames, 0 );
+}
+
+void
+Device::tellSent( std::span<U8 const> frame ) const {
+    if ( FrameTap* const tap = frameTap() ) {
+        tap->handleSent( *this, frame );
+    }
+}
+
+void
+Device::tellSendLosses( U64 frames ) const {
+    if ( FrameTap* const tap = frameTap(); tap && frames != 0 ) {
+        tap->handleSendLosses( *this, frames );
+    }
 }
 
 void

@@ -45,6 +45,9 @@ class Device : public Kiv::PtrInterface {
     void runningIs( bool running );
     /// Counts frames lost on the way in, on every port.
     void rxErrorsInc( U32 frames );
+    // Tell the tap in force of frames that have left, and of such that were given to send and lost.
+    void tellSent( std::span<U8 const> frame ) const;
+    void tellSendLosses( U64 frames ) const;
     /// The number by which an open port is found again, once what it sent turns out to be lost.
     static U64 portNumber( EthDevPam const& port );
     /// The port of that number, if it is open still.
@@ -55,6 +58,8 @@ class Device : public Kiv::PtrInterface {
     virtual void handleNoPort() {}
 
   private:
+    friend class EthDevPam;
+
     PortList& listOf( EthDevPam const& port );
     void countOnPorts( U32 rxErrors, U32 txErrors );
 

@@ -197,8 +197,13 @@ PacketSocketDevice::flush() {
 void
 PacketSocketDevice::sendWaiting() {
     while ( socket_ && !batch_->empty() && hindrance_ == Hindrance::none ) {
-        std::size_t const sent = socket_->send( batch_->oldest() );
+        std::span<mmsghdr> const waiting = batch_->oldest();
+        std::size_t const sent = socket_->send( waiting );
         if ( sent != 0 ) {
+            for ( mmsghdr const& message : waiting.first( sent ) ) {
+                iovec const& frame = *message.msg_hdr.msg_iov;
+                tellSent( { static_cast<U8 const*>( frame.iov_base ), frame.iov_len } );
+            }
             batch_->pop( sent );
         } else {
             handleRefusal( errno );
@@ -220,6 +225,7 @@ PacketSocketDevice::handleRefusal( int error ) {
     }
     Kiv::Ptr<EthDevPam> const sender = port( batch_->oldestSender() );
     batch_->pop( 1 );
+    tellSendLosses( 1 );
     if ( sender ) {
         sender->txErrorsInc( 1 );
     }
@@ -248,6 +254,7 @@ PacketSocketDevice::hindranceIs( Hindrance hindrance ) {
 /// Each frame counts where it came from.
 void
 PacketSocketDevice::lose( SendBatch& waiting ) {
+    tellSendLosses( waiting.size() );
     for ( ; !waiting.empty(); waiting.pop( 1 ) ) {
         if ( Kiv::Ptr<EthDevPam> const sender = port( waiting.oldestSender() ) ) {
             sender->txDropsInc( 1 );

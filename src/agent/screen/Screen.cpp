@@ -1,0 +1,183 @@
+#include "agent/screen/Screen.h"
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <iostream>
+
+#include "agent/output/StatusLines.h"
+#include "agent/screen/ScreenPage.h"
+
+// Last, and without its macros: they bear the names of common functions.
+#define NCURSES_NOMACROS
+#include <ncurses.h>
+
+namespace Agent {
+
+namespace {
+
+constexpr Kiv::Seconds refreshInterval = 1.0;
+constexpr std::size_t mostMessages = 1000;
+
+/// Keeps what is written to the standard error behind the back of std::cerr, such as the text of a broken
+/// invariant, while a screen stands on the terminal, and tells it afterwards.
+class ErrorsApart {
+  public:
+    void begin() {
+        file_ = memfd_create( "errors", MFD_CLOEXEC );
+        outer_ = fcntl( STDERR_FILENO, F_DUPFD_CLOEXEC, 0 );
+        dup2( file_, STDERR_FILENO );
+    }
+    void end() {
+        if ( outer_ < 0 ) {
+            return;
+        }
+        dup2( outer_, STDERR_FILENO );
+        char part[4096];
+        lseek( file_, 0, SEEK_SET );
+        for ( ssize_t bytes = 0; ( bytes = read( file_, part, sizeof part ) ) > 0; ) {
+            [[maybe_unused]] ssize_t const told =
+                write( STDERR_FILENO, part, static_cast<std::size_t>( bytes ) );
+        }
+        close( file_ );
+        close( outer_ );
+        outer_ = -1;
+    }
+
+  private:
+    int file_ = -1;
+    int outer_ = -1;
+};
+
+ErrorsApart errorsApart;
+
+void
+leaveTerminal() {
+    endwin();
+    errorsApart.end();
+}
+
+void
+handleAbort( int signal ) {
+    leaveTerminal();
+    std::signal( signal, SIG_DFL );
+    std::raise( signal );
+}
+
+std::string
+titleOf( Scenario const& scenario ) {
+    std::string const more =
+        scenario.files.size() > 1 ? " and " + std::to_string( scenario.files.size() - 1 ) + " more" : "";
+    return scenario.files.empty() ? "" : scenario.files.front() + more;
+}
+
+} // namespace
+
+bool
+Screen::isPossible() {
+    char const* const terminal = std::getenv( "TERM" );
+    return isatty( STDOUT_FILENO ) == 1 && isatty( STDIN_FILENO ) == 1 && terminal &&
+           std::string_view( terminal ) != "dumb";
+}
+
+Screen::Screen( RunContext const& context )
+    : context_( context ),
+      monitor_( context ),
+      timer_( new Lab::Timer( context.wheel, [this] { tick(); } ) ),
+      signals_( { SIGWINCH }, [this]( int ) { resize(); } ) {}
+
+Screen::~Screen() {
+    close();
+}
+
+void
+Screen::handleStarted() {
+    open();
+    tick();
+}
+
+ExitStatus
+Screen::handleEnded() {
+    close();
+    printSummary( std::cerr, monitor_.look() );
+    return exitDone;
+}
+
+void
+Screen::open() {
+    if ( !newterm( nullptr, stdout, stdin ) ) {
+        return;
+    }
+    open_ = true;
+    cbreak();
+    noecho();
+    curs_set( 0 );
+    std::signal( SIGABRT, handleAbort );
+    if ( isatty( STDERR_FILENO ) == 1 ) {
+        context_.messages.displayIs( [this]( std::string const& line ) { messageIs( line ); } );
+        errorsApart.begin();
+    }
+}
+
+void
+Screen::close() {
+    timer_->stop();
+    if ( !open_ ) {
+        return;
+    }
+    open_ = false;
+    std::signal( SIGABRT, SIG_DFL );
+    flushinp();
+    leaveTerminal();
+    context_.messages.displayIs( nullptr );
+    for ( std::string const& line : messages_ ) {
+        std::cerr << line << '\n';
+    }
+    std::cerr << std::flush;
+}
+
+void
+Screen::messageIs( std::string const& line ) {
+    messages_.push_back( line );
+    if ( messages_.size() > mostMessages ) {
+        messages_.pop_front();
+    }
+    draw();
+}
+
+void
+Screen::tick() {
+    if ( !open_ ) {
+        return;
+    }
+    view_ = monitor_.look();
+    draw();
+    timer_->remainingIs( refreshInterval );
+}
+
+void
+Screen::resize() {
+    winsize size{};
+    if ( open_ && ioctl( STDOUT_FILENO, TIOCGWINSZ, &size ) == 0 ) {
+        resizeterm( size.ws_row, size.ws_col );
+        draw();
+    }
+}
+
+void
+Screen::draw() {
+    erase();
+    int row = 0;
+    for ( std::string const& line : screenPage(
+              titleOf( context_.scenario ), view_, messages_, static_cast<std::size_t>( LINES ),
+              static_cast<std::size_t>( COLS )
+          ) ) {
+        mvaddnstr( row++, 0, line.c_str(), COLS );
+    }
+    refresh();
+}
+
+} // namespace Agent

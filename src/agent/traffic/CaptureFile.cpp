@@ -1,0 +1,151 @@
+#include "agent/traffic/CaptureFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+
+#include "platform/kiv/Clock.h"
+
+namespace Agent {
+
+namespace {
+
+constexpr int longestFrame = 65535;
+constexpr U64 fileHeaderBytes = 24;
+constexpr U64 recordHeaderBytes = 16;
+
+/// With nanoseconds, as the file's header says, in place of microseconds.
+timeval
+timestamp( Kiv::Seconds time ) {
+    constexpr double nanosecondsPerSecond = 1e9;
+    double const seconds = std::floor( time );
+    return { static_cast<time_t>( seconds ),
+             static_cast<suseconds_t>( ( time - seconds ) * nanosecondsPerSecond ) };
+}
+
+/// How much of the file can be read, where its end may be a part of a frame that did not fit. A frame begins
+/// at `from`.
+U64
+wholeRecords( std::string const& file, U64 from ) {
+    std::ifstream in( file, std::ios::binary );
+    U64 const size = std::filesystem::file_size( file );
+    while ( true ) {
+        struct {
+            bpf_u_int32 seconds, nanoseconds, bytes, bytesOnTheWire;
+        } header{};
+        in.seekg( static_cast<std::streamoff>( from ) );
+        in.read( reinterpret_cast<char*>( &header ), sizeof header );
+        U64 const next = from + recordHeaderBytes + header.bytes;
+        if ( !in || next > size ) {
+            return std::min( from, size );
+        }
+        from = next;
+    }
+}
+
+} // namespace
+
+CaptureFile::CaptureFile( RunContext const& context )
+    : context_( context ),
+      handle_(
+          pcap_open_dead_with_tstamp_precision( DLT_EN10MB, longestFrame, PCAP_TSTAMP_PRECISION_NANO ),
+          &pcap_close
+      ) {
+    dumper_ = pcap_dump_open( handle_.get(), context.options.captureFile->c_str() );
+    if ( !dumper_ ) {
+        throw std::runtime_error( std::string( "cannot write " ) + pcap_geterr( handle_.get() ) );
+    }
+    bytes_ = fileHeaderBytes;
+    context_.traffic.listenerIs( this );
+    flush();
+}
+
+CaptureFile::~CaptureFile() {
+    close();
+}
+
+ExitStatus
+CaptureFile::handleEnded() {
+    flush();
+    close();
+    return failed_ ? exitFailed : exitDone;
+}
+
+void
+CaptureFile::handleFrame( std::span<Zornet::U8 const> frame ) {
+    U64 const bytes = recordHeaderBytes + frame.size();
+    if ( context_.options.captureLimit && bytes_ + bytes > *context_.options.captureLimit ) {
+        std::cerr << "igmphost: the capture ends: " << *context_.options.captureFile
+                  << " is as long as it may be, with " << frames_ << " frames" << std::endl;
+        flush();
+        close();
+        return;
+    }
+    auto const length = static_cast<bpf_u_int32>( frame.size() );
+    pcap_pkthdr const header{ timestamp( Kiv::now() ), length, length };
+    errno = 0;
+    pcap_dump( reinterpret_cast<u_char*>( dumper_ ), &header, frame.data() );
+    if ( ferror( pcap_dump_file( dumper_ ) ) != 0 ) {
+        fail( errno );
+        return;
+    }
+    ++frames_;
+    bytes_ += bytes;
+    if ( !flushAsked_ ) {
+        flushAsked_ = true;
+        Kiv::defaultActivity()->activitySm().turnEndIs( this );
+    }
+}
+
+void
+CaptureFile::handleTurnEnd() {
+    flushAsked_ = false;
+    flush();
+}
+
+void
+CaptureFile::flush() {
+    if ( !dumper_ ) {
+        return;
+    }
+    errno = 0;
+    if ( pcap_dump_flush( dumper_ ) == 0 ) {
+        flushedBytes_ = bytes_;
+    } else {
+        fail( errno );
+    }
+}
+
+void
+CaptureFile::fail( int error ) {
+    std::string const& file = *context_.options.captureFile;
+    failed_ = true;
+    std::cerr << "igmphost: error: the capture ends: cannot write " << file << ": " << std::strerror( error )
+              << "; the hosts go on" << std::endl;
+    close();
+    std::error_code ignored;
+    if ( std::filesystem::is_regular_file( file, ignored ) ) {
+        std::filesystem::resize_file( file, wholeRecords( file, flushedBytes_ ), ignored );
+    }
+}
+
+void
+CaptureFile::close() {
+    if ( !dumper_ ) {
+        return;
+    }
+    context_.traffic.listenerIs( nullptr );
+    if ( flushAsked_ ) {
+        flushAsked_ = false;
+        Kiv::defaultActivity()->activitySm().turnEndDel( this );
+    }
+    pcap_dump_close( dumper_ );
+    dumper_ = nullptr;
+}
+
+} // namespace Agent
