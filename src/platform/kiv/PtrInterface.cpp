@@ -8,29 +8,8 @@ namespace Kiv {
 bool VFPtrInterface::enableThreadSafePointers = false;
 
 U32
-VFPtrInterface::changeCount( U32 delta ) const {
-    if ( enableThreadSafePointers ) {
-        return ( std::atomic_ref<U32>( word_ ).fetch_add( delta ) + delta ) & countMask;
-    }
-    word_ += delta;
-    return word_ & countMask;
-}
-
-void
-VFPtrInterface::referencesInc() const {
-    changeCount( 1 );
-}
-
-void
-VFPtrInterface::referencesDec() const {
-    if ( changeCount( ~0U ) == 0 ) {
-        handleZeroRef();
-    }
-}
-
-void
-VFPtrInterface::referencesRelease() const {
-    changeCount( ~0U );
+VFPtrInterface::changeCountAtomically( U32 delta ) const {
+    return ( std::atomic_ref<U32>( word_ ).fetch_add( delta ) + delta ) & countMask;
 }
 
 void

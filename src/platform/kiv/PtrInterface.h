@@ -24,10 +24,14 @@ class VFPtrInterface {
     static bool enableThreadSafePointers;
 
     U32 references() const { return word_ & countMask; }
-    void referencesInc() const;
-    void referencesDec() const;
+    void referencesInc() const { changeCount( 1 ); }
+    void referencesDec() const {
+        if ( changeCount( ~0U ) == 0 ) {
+            handleZeroRef();
+        }
+    }
     /// Takes one reference back without destroying; for an object that is handed on.
-    void referencesRelease() const;
+    void referencesRelease() const { changeCount( ~0U ); }
     /// Adds a reference that nobody gives back: the object is never freed.
     void referencesLeak() const { referencesInc(); }
 
@@ -44,7 +48,15 @@ class VFPtrInterface {
 
   private:
     static constexpr U32 countMask = ( 1U << 29 ) - 1;
-    U32 changeCount( U32 delta ) const;
+    /// Here because nothing else runs as often. Returns the new count.
+    U32 changeCount( U32 delta ) const {
+        if ( enableThreadSafePointers ) [[unlikely]] {
+            return changeCountAtomically( delta );
+        }
+        word_ += delta;
+        return word_ & countMask;
+    }
+    U32 changeCountAtomically( U32 delta ) const;
 
     mutable U32 word_ = 0;
 };

@@ -1,21 +1,37 @@
 #include "platform/zornet/Checksum.h"
 
+#include <arpa/inet.h>
+
+#include <cstring>
+
 namespace Zornet {
 
-IpChecksum
-ipChecksumCalc( char const* data, unsigned short length, unsigned int seed ) {
-    auto const* bytes = reinterpret_cast<U8 const*>( data );
-    U64 sum = seed;
-    for ( U32 i = 0; i + 1 < length; i += 2 ) {
-        sum += U32{ bytes[i] } << 8 | bytes[i + 1];
-    }
-    if ( length % 2 != 0 ) {
-        sum += U32{ bytes[length - 1] } << 8;
-    }
+namespace {
+
+U16
+folded( U64 sum ) {
     while ( sum > 0xffff ) {
         sum = ( sum >> 16 ) + ( sum & 0xffff );
     }
-    return static_cast<U16>( ~sum );
+    return static_cast<U16>( sum );
+}
+
+} // namespace
+
+/// Adds up the words as they lie in memory, whatever the machine's byte order, and turns the folded sum
+/// round once: RFC 1071 section 2(B).
+IpChecksum
+ipChecksumCalc( char const* data, unsigned short length, unsigned int seed ) {
+    U64 sum = 0;
+    U32 word = 0;
+    for ( ; length >= sizeof word; length = static_cast<U16>( length - sizeof word ) ) {
+        std::memcpy( &word, data, sizeof word );
+        sum += word;
+        data += sizeof word;
+    }
+    word = 0;
+    std::memcpy( &word, data, length );
+    return static_cast<U16>( ~folded( seed + U64{ ntohs( folded( sum + word ) ) } ) );
 }
 
 } // namespace Zornet

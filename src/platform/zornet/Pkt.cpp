@@ -10,15 +10,6 @@ namespace Zornet {
 Pkt::Pkt() = default;
 Pkt::~Pkt() = default;
 
-U32
-Pkt::bytes() const {
-    U32 sum = 0;
-    for ( U32 i = firstIoVec_; i < maxIovecs_; ++i ) {
-        sum += ioVecs_[i].bytes;
-    }
-    return sum;
-}
-
 void
 Pkt::copyTo( U8* out ) const {
     for ( U32 i = firstIoVec_; i < maxIovecs_; ++i ) {
@@ -40,12 +31,6 @@ void
 Pkt::headIoVecIs( IoVec const& head ) {
     ioVecs_[0] = head;
     firstIoVec_ = 0;
-}
-
-Pkt::SharedBuffer&
-Pkt::checkedBuffer() const {
-    Kiv::invariant( sharedBuffer_ != nullptr, "sharedBuffer_ != 0" );
-    return *sharedBuffer_;
 }
 
 void
@@ -85,39 +70,22 @@ Pkt::delSharedTailData( U32 bytes ) {
     updateSharedIovec();
 }
 
-bool
-Pkt::checkOffsetBounds() const {
-    return static_cast<U16>( beginOffset_ + endOffset_ ) <= static_cast<U16>( checkedBuffer().dataBytes() );
-}
-
 void
 Pkt::beginOffsetIs( S16 offset ) {
     beginOffset_ = static_cast<U16>( offset );
-    Kiv::invariant( checkOffsetBounds(), "checkOffsetBounds()" );
+    checkWindow();
 }
 
 void
 Pkt::beginOffsetInc( S16 bytes ) {
     beginOffset_ = static_cast<U16>( beginOffset_ + bytes );
-    Kiv::invariant( checkOffsetBounds(), "checkOffsetBounds()" );
+    checkWindow();
 }
 
 void
 Pkt::endOffsetIs( S16 offset ) {
     endOffset_ = static_cast<U16>( offset );
-    Kiv::invariant( checkOffsetBounds(), "checkOffsetBounds()" );
-}
-
-U8*
-Pkt::offsetFront() const {
-    Kiv::invariant( checkOffsetBounds(), "checkOffsetBounds()" );
-    return sharedBuffer_->data() + beginOffset_;
-}
-
-U32
-Pkt::offsetBytes() const {
-    Kiv::invariant( checkOffsetBounds(), "checkOffsetBounds()" );
-    return sharedBuffer_->dataBytes() - beginOffset_ - endOffset_;
+    checkWindow();
 }
 
 void

@@ -41,7 +41,13 @@ class Pkt : public Kiv::PtrInterface {
     /// The frame's first byte. Some region must be in use.
     U8* front() const { return ioVecs_[firstIoVec_].data; }
     /// Length of the frame.
-    U32 bytes() const;
+    U32 bytes() const {
+        U32 sum = 0;
+        for ( U32 i = firstIoVec_; i < maxIovecs_; ++i ) {
+            sum += ioVecs_[i].bytes;
+        }
+        return sum;
+    }
     /// Copies the frame to `out`, which must have room for `bytes()`.
     void copyTo( U8* out ) const;
 
@@ -75,9 +81,15 @@ class Pkt : public Kiv::PtrInterface {
     void beginOffsetInc( S16 bytes );
     void endOffsetIs( S16 offset );
     /// The window's first byte.
-    U8* offsetFront() const;
+    U8* offsetFront() const {
+        checkWindow();
+        return sharedBuffer_->data() + beginOffset_;
+    }
     /// The window's length.
-    U32 offsetBytes() const;
+    U32 offsetBytes() const {
+        checkWindow();
+        return sharedBuffer_->dataBytes() - beginOffset_ - endOffset_;
+    }
     /// The window's first bytes as a header. The window must be long enough for it.
     template <class Header>
     Header* offsetHeader() const {
@@ -94,8 +106,15 @@ class Pkt : public Kiv::PtrInterface {
     friend class PktManager;
 
     /// In 16 bits, as wide as the offsets are.
-    bool checkOffsetBounds() const;
-    SharedBuffer& checkedBuffer() const;
+    bool checkOffsetBounds() const {
+        return static_cast<U16>( beginOffset_ + endOffset_ ) <=
+               static_cast<U16>( checkedBuffer().dataBytes() );
+    }
+    void checkWindow() const { Kiv::invariant( checkOffsetBounds(), "checkOffsetBounds()" ); }
+    SharedBuffer& checkedBuffer() const {
+        Kiv::invariant( sharedBuffer_ != nullptr, "sharedBuffer_ != 0" );
+        return *sharedBuffer_;
+    }
     void updateSharedIovec();
     /// As new, with the buffer it has unless another packet holds that too.
     void recycle();
