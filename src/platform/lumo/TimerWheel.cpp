@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "platform/kiv/Clock.h"
@@ -95,7 +96,7 @@ TimerWheel::place( NotifieeConst& timer ) {
     if ( timer.tick_ <= current_ ) {
         timer.wheelIndex_ = noWheel;
         if ( !due_.alone() ) {
-            dueUnsorted_ |= static_cast<NotifieeConst*>( due_.previous )->timeMin_ > timer.timeMin_;
+            dueUnsorted_ |= timeOf( *due_.previous ) > timer.timeMin_;
         }
         timer.insertBefore( due_ );
         return;
@@ -132,11 +133,13 @@ void
 TimerWheel::enterSlot( unsigned wheel, unsigned slot ) {
     current_ = slotStart( wheel, slot );
     occupied_[wheel] &= ~( U64{ 1 } << slot );
-    Link entered;
-    entered.spliceBack( slots_[wheel][slot] );
-    while ( !entered.alone() ) {
-        auto* const timer = static_cast<NotifieeConst*>( entered.next );
-        timer->takeOut();
+    Link& entered = slots_[wheel][slot];
+    Link* at = std::exchange( entered.next, &entered );
+    entered.previous = &entered;
+    while ( at != &entered ) { // each belongs elsewhere, so its links need not be undone first
+        auto* const timer = static_cast<NotifieeConst*>( at );
+        at = at->next;
+        __builtin_prefetch( at );
         place( *timer );
     }
 }
@@ -172,18 +175,28 @@ TimerWheel::sortDue() {
     dueUnsorted_ = false;
 }
 
+/// Moves what is due at `now` to the end of run_: mostly all that has reached the present tick.
+void
+TimerWheel::takeDue( Seconds now ) {
+    if ( !due_.alone() && timeOf( *due_.previous ) <= now ) {
+        run_.spliceBack( due_ );
+    }
+    while ( timeOfFirst( due_ ) <= now ) {
+        Link* const timer = due_.next;
+        timer->takeOut();
+        timer->insertBefore( run_ );
+    }
+}
+
 std::size_t
 TimerWheel::expire( Seconds now ) {
     Ptr<TimerWheel> const held( this );
     advance( tickOf( now ) );
     sortDue();
-    while ( !due_.alone() && timeOfFirst( due_ ) <= now ) {
-        Link* const timer = due_.next;
-        timer->takeOut();
-        timer->insertBefore( run_ );
-    }
+    takeDue( now );
     std::size_t fired = 0;
     for ( ; !run_.alone(); ++fired ) {
+        __builtin_prefetch( run_.next->next );
         fire( *static_cast<NotifieeConst*>( run_.next ) );
     }
     return fired;
@@ -202,15 +215,20 @@ TimerWheel::fire( NotifieeConst& timer ) {
 }
 
 Seconds
+TimerWheel::timeOf( Link const& timer ) {
+    return static_cast<NotifieeConst const&>( timer ).timeMin_;
+}
+
+Seconds
 TimerWheel::timeOfFirst( Link const& list ) {
-    return list.alone() ? Kiv::never : static_cast<NotifieeConst const*>( list.next )->timeMin_;
+    return list.alone() ? Kiv::never : timeOf( *list.next );
 }
 
 Seconds
 TimerWheel::earliestTimeIn( Link const& slot ) {
     Seconds earliest = Kiv::never;
     for ( Link const* at = slot.next; at != &slot; at = at->next ) {
-        earliest = std::min( earliest, static_cast<NotifieeConst const*>( at )->timeMin_ );
+        earliest = std::min( earliest, timeOf( *at ) );
     }
     return earliest;
 }

@@ -56,6 +56,7 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
 
     /// The tick in which a time lies. It never falls as the time grows.
     static U64 tickOf( Seconds time );
+    static Seconds timeOf( Link const& timer );
     static Seconds timeOfFirst( Link const& list );
     static Seconds earliestTimeIn( Link const& slot );
 
@@ -67,6 +68,7 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
     void enterSlot( unsigned wheel, unsigned slot );
     U64 slotStart( unsigned wheel, unsigned slot ) const;
     void sortDue();
+    void takeDue( Seconds now );
     void fire( NotifieeConst& timer );
 
     Kiv::ActivitySm* activity_;
