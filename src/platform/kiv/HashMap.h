@@ -41,11 +41,17 @@ class HashMapGeneric {
   protected:
     explicit HashMapGeneric( unsigned int initialBuckets ) : initialBuckets_( initialBuckets ) {}
 
+    std::size_t buckets() const { return buckets_ ? std::size_t{ 1 } << bits_ : 0; }
+    HashMember* findFirst() const;
     HashMember* findNextG( HashMember const* member ) const;
     HashMember* findNextBucket( std::size_t bucket ) const;
     HashMember** bucketOf( U32 order ) const { return &buckets_[bits_ == 0 ? 0 : order >> ( 32 - bits_ )]; }
     void grow();
 
+  private:
+    void fetchAhead( std::size_t bucket ) const;
+
+  protected:
     std::unique_ptr<HashMember*[]> buckets_; ///< none until the first insertion
     unsigned int initialBuckets_;
     unsigned int bits_ = 0;
@@ -78,7 +84,7 @@ class HashMap : public HashMapGeneric {
     }
     /// Takes a member in. Its key must be absent.
     void insert( Ptr<Member> const& member ) {
-        if ( size_ >= ( buckets_ ? std::size_t{ 1 } << bits_ : 0 ) ) {
+        if ( size_ >= buckets() ) {
             grow();
         }
         HashMember* const link = member.get();
@@ -121,7 +127,7 @@ class HashMap : public HashMapGeneric {
         }
     }
 
-    Iterator begin() const { return Iterator( this, static_cast<Member*>( findNextBucket( 0 ) ) ); }
+    Iterator begin() const { return Iterator( this, static_cast<Member*>( findFirst() ) ); }
     std::default_sentinel_t end() const { return std::default_sentinel; }
     /// At the member under `key`, or where it would stand: the next one in the order of the walk.
     Iterator startAtHash( Key const& key ) const {
