@@ -111,10 +111,8 @@ IgmpV3HostAggregatedSenderSm::addGroupRecords(
 ) {
     bool stateChangeSeen = false;
     for ( auto at = v3GroupSm_.begin(); at; ++at ) {
-        Zornet::IpAddr const group = at->group();
         at->doGroupRecordPktConstruct( pkt, reportInfo );
-        Ptr<IgmpV3HostGroupSm> const stillThere = v3GroupSm( group );
-        stateChangeSeen = stateChangeSeen || ( stillThere && stillThere->isStateChanged() );
+        stateChangeSeen = stateChangeSeen || ( at->isStateChanged() && v3GroupSm( at->group() ) );
         if ( !reportInfo->recordComplete() ) {
             break;
         }

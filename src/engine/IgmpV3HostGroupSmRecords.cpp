@@ -30,13 +30,12 @@ IgmpV3HostGroupSm::doGroupRecordPktConstruct(
     if ( !initialized_ ) {
         return;
     }
-    Ptr<IgmpV3GroupRecord> const wanted = wantedRecord();
     if ( filterModeTransCount_ != 0 ) {
-        constructModeChangeRecord( wanted, pkt, reportInfo );
+        constructModeChangeRecord( wantedRecord(), pkt, reportInfo );
     } else if ( addedSourceTransCount_->sourceIps() != 0 || deletedSourceTransCount_->sourceIps() != 0 ) {
-        constructSourceChangeRecord( wanted, pkt, reportInfo );
+        constructSourceChangeRecord( wantedRecord(), pkt, reportInfo );
     } else if ( reportsGoOn() ) {
-        constructCurrentRecord( wanted, pkt, reportInfo );
+        constructCurrentRecord( wantedRecord(), pkt, reportInfo );
     }
     KIV_TRACE( igmpHostTrace, traceDetail ) << "Added sourceIps=" << addedSourceTransCount_->sourceIps()
                                             << " Deleted sourceIps=" << deletedSourceTransCount_->sourceIps()
