@@ -1,5 +1,6 @@
 #include "platform/lumo/TimerWheel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -432,6 +433,22 @@ TEST_F( TimerWheelTest, ManyTimersFireInOrder ) {
     runFor( 10.0 );
     EXPECT_EQ( served, count );
     EXPECT_EQ( outOfOrder, 0 );
+}
+
+/// All are due when the clock, which has jumped over them, is looked at.
+TEST_F( TimerWheelTest, HundredThousandTimersOfOneMillisecondFireInOrderInOneTurn ) {
+    constexpr int count = 100'000;
+    std::vector<Ptr<Alarm>> timers;
+    std::vector<int> order; // of deadlines
+    for ( int n = 0; n < count; ++n ) {
+        int const place = static_cast<int>( n * 7919LL % count );
+        timers.push_back( Alarm::on( wheel(), [&order, place] { order.push_back( place ); } ) );
+        timers.back()->timeMinIs( start() + 1.0 + place * 1e-8 );
+    }
+    clock().advanceTo( start() + 3600.0 );
+    EXPECT_EQ( wheel()->expire( clock().now() ), static_cast<std::size_t>( count ) );
+    EXPECT_EQ( order.size(), static_cast<std::size_t>( count ) );
+    EXPECT_TRUE( std::ranges::is_sorted( order ) );
 }
 
 /// Times of the size that the wall clock gives.
