@@ -1,91 +1,96 @@
-/// What a host costs by itself, with no device beneath: memory, a query handed to it, a change of its
+/// What a host costs by itself, with no device beneath: a query handed to it, a report, a change of its
 /// configuration.
 
-#include <malloc.h>
+#include <stdexcept>
 
+#include "bench/rivals/PacketEnd.h"
 #include "bench/support/Figures.h"
-#include "bench/support/Hosts.h"
+#include "bench/support/Program.h"
+#include "bench/support/Rig.h"
+#include "bench/support/VethPair.h"
 
 namespace {
 
 using Bench::Hosts;
+using Bench::Rig;
 
-/// A simulated clock and a device that only counts, for the length of one measurement.
-struct Rig {
-    Kiv::SimulatedClock clock;
-    Kiv::ClockScope clockScope{ clock };
-    Bench::CountingProvider provider;
-    Zornet::DeviceProviderScope providerScope{ provider };
-
-    static void runFor( Kiv::Seconds span ) { Kiv::defaultActivity()->activitySm().runFor( span ); }
-};
-
+/// What the kernel takes to send one report: a call of `sendto` for each.
 double
-heapBytes() {
-    struct mallinfo2 const info = mallinfo2();
-    return static_cast<double>( info.uordblks + info.hblkhd );
+secondsOfSendto( Bench::PacketEnd& socket ) {
+    constexpr unsigned calls = 20'000;
+    Bench::Bytes const report( 60 );
+    return Bench::secondsOf( [&] {
+               for ( unsigned i = 0; i < calls; ++i ) {
+                   socket.send( report );
+               }
+           } ) /
+           calls;
 }
 
-/// Heap that one more host (or whatever `larger` has more of than `smaller`) takes.
-double
-bytesPer( Hosts::Plan const& smaller, Hosts::Plan const& larger, std::size_t more ) {
-    auto const bytesOf = []( Hosts::Plan const& plan ) {
-        Rig bench;
-        double const before = heapBytes();
-        Hosts const hosts( plan );
-        Rig::runFor( 60.0 );
-        return heapBytes() - before;
-    };
-    double const least = bytesOf( smaller );
-    return ( bytesOf( larger ) - least ) / static_cast<double>( more );
-}
-
+/// Hands a query to each of `count` hosts, which all arm a timer; adds the cost per host to `seconds`, and
+/// what part of a `sendto` in the same moment that is to `ofSendto`.
 void
-measureMemory( Bench::Figures& figures ) {
-    using Igmp::igmpVersion2;
-    using Igmp::igmpVersion3;
-    std::size_t const more = 9'000;
-    figures.add(
-        "memory of an idle enabled host, heap", "bytes",
-        { bytesPer( { 1'000, igmpVersion2, 0 }, { 10'000, igmpVersion2, 0 }, more ) }
-    );
-    figures.add(
-        "memory of an enabled host with one group, version 2, heap", "bytes",
-        { bytesPer( { 1'000, igmpVersion2, 1 }, { 10'000, igmpVersion2, 1 }, more ) }
-    );
-    figures.add(
-        "memory of a further membership, version 2, heap", "bytes",
-        { bytesPer( { 10, igmpVersion2, 100 }, { 10, igmpVersion2, 1'000 }, more ) }
-    );
-    figures.add(
-        "memory of a further membership, version 3, one source, heap", "bytes",
-        { bytesPer( { 10, igmpVersion3, 100, 1 }, { 10, igmpVersion3, 1'000, 1 }, more ) }
-    );
-    figures.add(
-        "memory of a further membership, version 3, twenty sources, heap", "bytes",
-        { bytesPer( { 10, igmpVersion3, 100, 20 }, { 10, igmpVersion3, 1'000, 20 }, more ) }
-    );
-}
-
-void
-measureQueries( Bench::Figures& figures, unsigned runs ) {
+takeQueries(
+    Bench::Effort const& effort, std::size_t count, std::vector<double>& seconds,
+    std::vector<double>& ofSendto
+) {
+    Bench::VethPair const link;
+    Bench::PacketEnd socket( link.nearNs, Bench::VethPair::nearDevice );
     auto const query = Bench::generalQuery( 100, false );
-    for ( std::size_t const count : { 1'000U, 10'000U, 100'000U } ) {
-        Rig bench;
-        Hosts const hosts( { count } );
+    Rig rig;
+    Hosts const hosts( { count } );
+    Rig::runFor( 60.0 );
+    for ( unsigned i = 0; i < effort.runs; ++i ) {
+        double const all = Bench::secondsOf( [&] { rig.device().hear( query ); } );
+        seconds.push_back( all / static_cast<double>( count ) );
+        ofSendto.push_back( seconds.back() / secondsOfSendto( socket ) );
         Rig::runFor( 60.0 );
-        std::vector<double> samples;
-        for ( unsigned i = 0; i < runs; ++i ) {
-            double const seconds =
-                Bench::secondsOf( [&] { bench.provider.counting( "bench0" ).hear( query ); } );
-            samples.push_back( seconds * 1e9 / static_cast<double>( count ) );
-            Rig::runFor( 60.0 );
-        }
-        figures.add(
-            "a query handed to " + std::to_string( count ) + " hosts, each arming a timer, per host", "ns",
-            samples
-        );
     }
+}
+
+/// What valgrind counts of that for one host.
+double
+instructionsPerHost( std::size_t count ) {
+    std::string const output = Support::outputOf(
+        "valgrind --tool=callgrind --instr-atstart=no --collect-atstart=no --callgrind-out-file=/dev/null " +
+        Bench::programBeside( "bench_budgets" ) + " " + std::to_string( count )
+    );
+    std::string const label = "Collected : ";
+    std::size_t const at = output.find( label );
+    if ( at == std::string::npos ) {
+        throw std::runtime_error( "valgrind: " + output );
+    }
+    return std::stod( output.substr( at + label.size() ) ) / static_cast<double>( count );
+}
+
+void
+measureQueries( Bench::Figures& figures, Bench::Effort const& effort ) {
+    std::size_t const most = effort.quick ? 50'000 : 100'000;
+    std::vector<double> least;
+    for ( std::size_t const count : { std::size_t{ 1'000 }, std::size_t{ 10'000 }, most } ) {
+        std::string const what = "a query handed to " + std::to_string( count ) + " hosts, per host";
+        std::vector<double> seconds, ofSendto, nanoseconds;
+        takeQueries( effort, count, seconds, ofSendto );
+        for ( double const sample : seconds ) {
+            nanoseconds.push_back( sample * 1e9 );
+        }
+        figures.add( what, "ns", nanoseconds );
+        if ( count == 1'000 ) {
+            least = seconds;
+            continue;
+        }
+        double const wanted = count == 10'000 ? 1.0 : 2.0;
+        figures.add( what + ", beside one sendto", "times", ofSendto, Bench::atMost( wanted ) );
+        if ( count == most ) {
+            figures.add(
+                what + ", beside 1000 hosts", "times", Bench::ratios( seconds, least ), Bench::atMost( 4.0 )
+            );
+        }
+    }
+    figures.add(
+        "a query handed to " + std::to_string( most ) + " hosts, instructions per host beside 1000 hosts",
+        "times", { instructionsPerHost( most ) / instructionsPerHost( 1'000 ) }, Bench::atMost( 1.05 )
+    );
 }
 
 void
@@ -95,7 +100,7 @@ measureAnswers( Bench::Figures& figures, unsigned runs, Igmp::IgmpVersion versio
     Rig bench;
     Hosts const hosts( { count, version, groups } );
     Rig::runFor( 60.0 );
-    Bench::CountingDevice& device = bench.provider.counting( "bench0" );
+    Bench::CountingDevice& device = bench.device();
     std::vector<double> samples;
     for ( unsigned i = 0; i < runs; ++i ) {
         device.hear( query );
@@ -112,12 +117,13 @@ measureAnswers( Bench::Figures& figures, unsigned runs, Igmp::IgmpVersion versio
 /// One group of a host joins and leaves again, with all the reports that this causes.
 void
 measureChanges( Bench::Figures& figures, unsigned runs, Igmp::IgmpVersion version ) {
+    std::vector<double> few;
     for ( std::size_t const groups : { 10U, 10'000U } ) {
-        Rig bench;
+        Rig const rig;
         Hosts hosts( { 1, version, groups } );
         Rig::runFor( 600.0 );
         std::vector<double> samples;
-        for ( unsigned i = 0; i < runs; ++i ) {
+        for ( unsigned i = 0; i < 4 * runs; ++i ) {
             double const seconds = Bench::secondsOf( [&] {
                 Hosts::join( hosts.host( 0 ), groups + 1, 0 );
                 Rig::runFor( 20.0 );
@@ -126,11 +132,14 @@ measureChanges( Bench::Figures& figures, unsigned runs, Igmp::IgmpVersion versio
             } );
             samples.push_back( seconds * 1e6 );
         }
-        figures.add(
-            "a join and a leave of one group, reports included, version " + std::to_string( version ) +
-                ", among " + std::to_string( groups ),
-            "us", samples
-        );
+        std::string const what = "a join and a leave of one group, reports included, version " +
+                                 std::to_string( version ) + ", among " + std::to_string( groups );
+        figures.add( what, "us", samples );
+        if ( few.empty() ) {
+            few = samples;
+        } else {
+            figures.add( what + ", beside 10", "times", Bench::ratios( samples, few ) );
+        }
     }
 }
 
@@ -142,7 +151,7 @@ measureLongAnswer( Bench::Figures& figures, unsigned runs ) {
     auto const query = Bench::generalQuery( 100, true );
     std::vector<double> samples;
     for ( unsigned i = 0; i < runs; ++i ) {
-        bench.provider.counting( "bench0" ).hear( query );
+        bench.device().hear( query );
         samples.push_back( Bench::secondsOf( [] { Rig::runFor( 60.0 ); } ) * 1e6 );
     }
     figures.add( "the whole answer to a version 3 general query of a host of 10000 groups", "us", samples );
@@ -159,7 +168,7 @@ measureVlans( Bench::Figures& figures, unsigned runs ) {
         Hosts const hosts( plan );
         Rig::runFor( 60.0 );
         auto const query = Bench::tagged( Bench::generalQuery( 100, false ), 1 );
-        Bench::CountingDevice& device = rig.provider.counting( "bench0" );
+        Bench::CountingDevice& device = rig.device();
         std::vector<double> samples;
         for ( unsigned i = 0; i < runs; ++i ) {
             double const seconds = Bench::secondsOf( [&] {
@@ -178,9 +187,9 @@ measureVlans( Bench::Figures& figures, unsigned runs ) {
 }
 
 void
-measure( Bench::Figures& figures, unsigned runs ) {
-    measureMemory( figures );
-    measureQueries( figures, runs );
+measure( Bench::Figures& figures, Bench::Effort const& effort ) {
+    unsigned const runs = effort.runs;
+    measureQueries( figures, effort );
     measureAnswers( figures, runs, Igmp::igmpVersion2, 1 );
     measureAnswers( figures, runs, Igmp::igmpVersion3, 10 );
     measureChanges( figures, runs, Igmp::igmpVersion2 );

@@ -4,26 +4,43 @@
 #include <charconv>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
 
 namespace Bench {
 
+std::string
+Figures::Figure::verdict() const {
+    if ( !wanted ) {
+        return {};
+    }
+    char text[64];
+    std::snprintf(
+        text, sizeof text, "%s %g: %s", wanted->atLeast ? "at least" : "at most", wanted->bound,
+        wanted->met( median() ) ? "met" : "MISSED"
+    );
+    return text;
+}
+
 void
-Figures::add( std::string const& name, std::string const& unit, std::vector<double> samples ) {
+Figures::add(
+    std::string const& name, std::string const& unit, std::vector<double> samples,
+    std::optional<Wanted> wanted
+) {
     std::sort( samples.begin(), samples.end() );
-    figures_.push_back( { name, unit, std::move( samples ) } );
+    figures_.push_back( { name, unit, std::move( samples ), wanted } );
 }
 
 void
 Figures::print( std::string_view title ) const {
     std::cout << '\n' << title << '\n';
-    std::printf( "  %-74s %12s %12s %12s  %s\n", "", "median", "least", "most", "unit" );
+    std::printf( "  %-82s %10s %10s %10s  %-6s %s\n", "", "median", "least", "most", "unit", "wanted" );
     for ( Figure const& figure : figures_ ) {
         std::printf(
-            "  %-74s %12.4g %12.4g %12.4g  %s\n", figure.name.c_str(), figure.median(),
-            figure.samples.front(), figure.samples.back(), figure.unit.c_str()
+            "  %-82s %10.4g %10.4g %10.4g  %-6s %s\n", figure.name.c_str(), figure.median(),
+            figure.samples.front(), figure.samples.back(), figure.unit.c_str(), figure.verdict().c_str()
         );
     }
     std::fflush( stdout );
@@ -37,7 +54,12 @@ Figures::writeJson( std::string const& path ) const {
     for ( Figure const& figure : figures_ ) {
         out << separator << "  \"" << figure.name << "\": { \"median\": " << figure.median()
             << ", \"least\": " << figure.samples.front() << ", \"most\": " << figure.samples.back()
-            << ", \"unit\": \"" << figure.unit << "\" }";
+            << ", \"unit\": \"" << figure.unit << '"';
+        if ( figure.wanted ) {
+            out << ( figure.wanted->atLeast ? ", \"atLeast\": " : ", \"atMost\": " ) << figure.wanted->bound
+                << ", \"met\": " << ( figure.wanted->met( figure.median() ) ? "true" : "false" );
+        }
+        out << " }";
         separator = ",\n";
     }
     out << "\n}\n";
@@ -53,6 +75,18 @@ secondsOf( std::function<void()> const& work ) {
     return std::chrono::duration<double>( std::chrono::steady_clock::now() - start ).count();
 }
 
+double
+processorSecondsOf( std::function<void()> const& work ) {
+    auto const now = [] {
+        timespec time{};
+        clock_gettime( CLOCK_PROCESS_CPUTIME_ID, &time );
+        return static_cast<double>( time.tv_sec ) + static_cast<double>( time.tv_nsec ) * 1e-9;
+    };
+    double const start = now();
+    work();
+    return now() - start;
+}
+
 std::vector<double>
 ratios( std::vector<double> const& a, std::vector<double> const& b ) {
     std::vector<double> result;
@@ -62,27 +96,45 @@ ratios( std::vector<double> const& a, std::vector<double> const& b ) {
     return result;
 }
 
-int
-run( int argc, char** argv, std::string_view title,
-     std::function<void( Figures&, unsigned )> const& measure ) {
-    std::string json;
-    unsigned runs = 5;
-    for ( int i = 1; i < argc; i += 2 ) {
+namespace {
+
+/// Reads `--json FILE`, `--runs N` and `--quick`; false for anything else.
+bool
+readOptions( int argc, char** argv, std::string& json, Effort& effort ) {
+    for ( int i = 1; i < argc; ++i ) {
         std::string_view const option = argv[i];
-        std::string_view const value = i + 1 < argc ? argv[i + 1] : "";
+        if ( option == "--quick" ) {
+            effort = { 3, true };
+            continue;
+        }
+        std::string_view const value = i + 1 < argc ? argv[++i] : "";
         bool const isRuns =
             option == "--runs" &&
-            std::from_chars( value.data(), value.data() + value.size(), runs ).ec == std::errc() && runs != 0;
+            std::from_chars( value.data(), value.data() + value.size(), effort.runs ).ec == std::errc() &&
+            effort.runs != 0;
         if ( option == "--json" && !value.empty() ) {
             json = value;
         } else if ( !isRuns ) {
-            std::cerr << "usage: " << argv[0] << " [--json FILE] [--runs N]\n";
-            return 2;
+            return false;
         }
+    }
+    return true;
+}
+
+} // namespace
+
+int
+run( int argc, char** argv, std::string_view title,
+     std::function<void( Figures&, Effort const& )> const& measure ) {
+    std::string json;
+    Effort effort;
+    if ( !readOptions( argc, argv, json, effort ) ) {
+        std::cerr << "usage: " << argv[0] << " [--json FILE] [--runs N] [--quick]\n";
+        return 2;
     }
     try {
         Figures figures;
-        measure( figures, runs );
+        measure( figures, effort );
         figures.print( title );
         if ( !json.empty() ) {
             figures.writeJson( json );

@@ -29,7 +29,7 @@ Hosts::Hosts( Plan const& plan )
       dirSm_( igmpHostDirSmFactory( nullptr, dir_, statusDir_, wheel_ ) ) {
     for ( std::size_t i = 0; i < plan.hosts; ++i ) {
         Ptr<IgmpHost> const host = dir_->igmpHostIs( nameOf( i ) );
-        host->ipAddrIs( IpAddr::fromHost( 0x0a000001U + static_cast<U32>( i ) ) );
+        host->ipAddrIs( address( i ) );
         host->deviceNameIs( plan.device );
         host->nsIs( Zornet::NamespaceName( plan.ns ) );
         host->igmpVersionIs( plan.version );
@@ -72,6 +72,11 @@ Hosts::host( std::size_t i ) {
 IgmpHostStatus&
 Hosts::status( std::size_t i ) {
     return *statusDir_->igmpHostStatus( nameOf( i ) );
+}
+
+IgmpHostSm&
+Hosts::machine( std::size_t i ) {
+    return *dirSm_->igmpHostSm( nameOf( i ) );
 }
 
 std::vector<U8>

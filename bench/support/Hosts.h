@@ -57,6 +57,10 @@ class Hosts {
         return Zornet::IpAddr::fromHost( 0xef010000U + static_cast<U32>( i ) );
     }
     Igmp::IgmpHostStatus& status( std::size_t i );
+    Igmp::IgmpHostSm& machine( std::size_t i );
+    static Zornet::IpAddr address( std::size_t i ) {
+        return Zornet::IpAddr::fromHost( 0x0a000001U + static_cast<U32>( i ) );
+    }
     static void join( Igmp::IgmpHost& host, std::size_t group, std::size_t sources );
 
   private:
