@@ -40,3 +40,4 @@ install( FILES packaging/completions/_igmphost DESTINATION ${CMAKE_INSTALL_DATAD
 configure_file( packaging/igmphost@.service.in igmphost@.service @ONLY )
 install( FILES ${CMAKE_CURRENT_BINARY_DIR}/igmphost@.service DESTINATION lib/systemd/system COMPONENT agent )
 install( DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT agent PATTERN "embed" EXCLUDE )
+install( FILES CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT agent )
