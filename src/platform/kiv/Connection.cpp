@@ -47,6 +47,7 @@ class Connection::Stream : private NboAttrLog::StreamOwner, private IoHandler, p
     struct Mounted {
         Mount mount;
         bool isMounted = false;
+        bool isAskedAsNew = false; ///< by a client: the mirror holds nothing
     };
 
     Ptr<Out> const& nboAttrLogOut() override { return channel_.out(); }
@@ -331,13 +332,12 @@ Connection::Stream::counters() {
 
 void
 Connection::Stream::askForMounts() {
-    for ( Mounted const& one : mounts_ ) {
+    for ( Mounted& one : mounts_ ) {
         Entity const& mirror = *one.mount.entity;
         MsgHeader header;
         header.operation = Operation::mount;
-        header.secondFlags = NboAttrLog::Plan::of( *mirror.fwkType() ).isPristine( mirror )
-                                 ? U8{ 0 }
-                                 : NboAttrLog::mountComplete;
+        one.isAskedAsNew = NboAttrLog::Plan::of( *mirror.fwkType() ).isPristine( mirror );
+        header.secondFlags = one.isAskedAsNew ? U8{ 0 } : NboAttrLog::mountComplete;
         Out::Record record( *channel_.out(), header );
         channel_.out()->nextStringIs( one.mount.name.string() );
         record.finish();
@@ -403,6 +403,9 @@ Connection::Stream::handleOrphan( In& payload, bool isWritable ) {
     payload.endIs();
     if ( type != told.mount.entity->fwkType()->name() ) {
         throwAttrLogRecordException( "mount " + told.mount.name.string() + " is of class " + type );
+    }
+    if ( told.isAskedAsNew ) { // what was put there meanwhile goes like any other change without a stream
+        NboAttrLog::Plan::of( *told.mount.entity->fwkType() ).clear( *told.mount.entity );
     }
     demuxer_->mirror( told.mount.name, told.mount.entity, isWritable, id );
     told.isMounted = true;

@@ -1,5 +1,7 @@
 #include "tests/model/replication/ReplicationTest.h"
 
+#include <map>
+
 namespace Igmp {
 
 namespace {
@@ -47,13 +49,15 @@ contents( Kiv::Entity const& entity ) {
     return text + "}";
 }
 
-ReplicationTest::Link::Link( Model const& served, Model const& mirror, bool isWritable )
+ReplicationTest::Link::Link(
+    Model const& served, Model const& mirror, bool isWritable, Ptr<Kiv::ActivityConfig> const& clientActivity
+)
     : server( new Connection(
           sockets.handOver( 0 ), Connection::Role::server, served.mounts( isWritable ), "client"
       ) ),
-      client(
-          new Connection( sockets.handOver( 1 ), Connection::Role::client, mirror.mounts( false ), "server" )
-      ) {
+      client( new Connection(
+          sockets.handOver( 1 ), Connection::Role::client, mirror.mounts( false ), "server", clientActivity
+      ) ) {
     server->onEndIs( [this]( Kiv::String8 const& reason ) { serverEnd = reason.view(); } );
     client->onEndIs( [this]( Kiv::String8 const& reason ) { clientEnd = reason.view(); } );
 }
@@ -62,6 +66,34 @@ void
 ReplicationTest::Link::cut() {
     server = nullptr;
     client = nullptr;
+}
+
+void
+ReplicationTest::fill( Kiv::Entity& entity ) {
+    static std::map<std::string, char const*> const texts = {
+        { "Zornet::IpAddr", "10.1.2.3" },
+        { "Zornet::EthAddr", "02:00:00:00:00:09" },
+        { "Igmp::IgmpVersion", "igmpVersion3" },
+        { "Bridging::AllowedTrafficDirection", "egress" },
+        { "Zornet::IgmpV3GroupRecordType", "exclude" },
+        { "double", "12.5" },
+        { "Kiv::String", "eth7" },
+        { "Zornet::IntfId", "trunk" },
+        { "Zornet::NamespaceName", "blue" },
+    };
+    for ( PlanRow const& row : Plan::of( *entity.fwkType() ).rows() ) {
+        if ( row.form == RowForm::scalar ) {
+            Kiv::Attribute const& at = *row.attribute;
+            auto const known = texts.find( at.type->name );
+            bool const isTrue = Kiv::attributeText( at, entity ) == "true";
+            std::string const text = known != texts.end() ? known->second
+                                     : at.type->form == Kiv::ValueForm::boolean
+                                         ? ( isTrue ? "false" : "true" )
+                                         : std::to_string( 1 + at.id % 200 );
+            Kiv::attributeTextIs( at, entity, text );
+            EXPECT_NE( Kiv::attributeText( at, entity ), at.defaultText ) << at.name;
+        }
+    }
 }
 
 void

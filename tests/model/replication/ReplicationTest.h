@@ -30,7 +30,10 @@ class ReplicationTest : public Support::SimulatedTest {
     };
     /// Both ends of one stream.
     struct Link {
-        Link( Model const& served, Model const& mirror, bool isWritable = true );
+        Link(
+            Model const& served, Model const& mirror, bool isWritable = true,
+            Ptr<Kiv::ActivityConfig> const& clientActivity = nullptr
+        );
         void cut();
 
         Support::SocketPair sockets;
@@ -43,7 +46,7 @@ class ReplicationTest : public Support::SimulatedTest {
     /// Turns of the loop until everything that was written has been applied, or somebody has ended.
     static void exchange( Link& link );
     static void turns( unsigned count );
-    /// A host with every attribute that replicates away from its default, groups and sources included.
+    /// Moves every replicated scalar of an entity away from its default.
     static void fill( Kiv::Entity& entity );
     void expectSame( Model const& a, Model const& b ) { EXPECT_EQ( a.text(), b.text() ); }
 

@@ -7,6 +7,15 @@ using NboAttrLog::In;
 using NboAttrLog::RowForm;
 using Sa = Entity::KivNboAttrLogSa;
 
+namespace {
+
+std::string
+keyBytesOf( NboAttrLog::PlanRow const& row, std::any const& key ) {
+    return row.form == RowForm::child ? std::string() : NboAttrLog::bytesOf( *row.attribute->keyType, key );
+}
+
+} // namespace
+
 /// Held while one message is applied: the adapter's guard, and what is being applied.
 class Sa::FlowInGuard {
   public:
@@ -149,6 +158,10 @@ Sa::applyMember( PlanRow const& row, In& in ) {
     demuxer_.peerTable().checkFresh( id );
     std::any const key = row.form == RowForm::members ? row.attribute->keyType->in( in ) : std::any();
     in.endIs();
+    if ( hasPriority( row, keyBytesOf( row, key ) ) ) {
+        demuxer_.peerTable().arrive( id, nullptr ); // its own announcement is under way, see below
+        return;
+    }
     Ptr<Entity> const present = member( row, key );
     KivNboAttrLogSa* const adapter = present ? nboAttrLogAdapter( *present ) : nullptr;
     if ( adapter ) {
@@ -199,15 +212,13 @@ Sa::applyDel( PlanRow const& row, In& in ) {
     Ptr<KivNboAttrLogSa> const child = demuxer_.table( id ).find( id );
     std::any const key = row.form == RowForm::members ? row.attribute->keyType->in( in ) : std::any();
     in.endIs();
-    std::string const keyBytes =
-        row.form == RowForm::members ? NboAttrLog::bytesOf( *row.attribute->keyType, key ) : std::string();
     if ( !child ) {
         return;
     }
     if ( child->parentAdapter_ != this || child->place_ != &row ) {
         throwAttrLogRecordException( "deleted member is another entity's" );
     }
-    if ( child->keyBytes() != keyBytes ) {
+    if ( child->keyBytes() != keyBytesOf( row, key ) ) {
         throwAttrLogRecordException( "deleted member has another key" );
     }
     bool const isPresent = !child->isDeleted_ && member( row, key ).get() == &child->entity();

@@ -95,7 +95,7 @@ Sa::kivInstantiateSerialize() {
     keyOut( out );
     record.finish();
     isAnnouncedHere_ = true;
-    demuxer_.messageSent();
+    parentAdapter_->written( place_->attribute->id, keyBytes() );
 }
 
 void

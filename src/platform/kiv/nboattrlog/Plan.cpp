@@ -97,4 +97,20 @@ Plan::isPristine( Entity const& entity ) const {
     return true;
 }
 
+void
+Plan::clear( Entity& entity ) const {
+    for ( PlanRow const& row : rows_ ) {
+        Attribute const& at = *row.attribute;
+        if ( row.form == RowForm::scalar && at.defaultText ) {
+            at.write( entity, at.type->parse( at.defaultText ) );
+        } else if ( row.form == RowForm::child ) {
+            at.pointer->del( entity );
+        } else if ( row.form == RowForm::values || row.form == RowForm::members ) {
+            for ( auto member = at.collection->begin( entity ); member->isAtMember(); member->next() ) {
+                at.collection->del( entity, member->key() );
+            }
+        }
+    }
+}
+
 } // namespace Kiv::NboAttrLog

@@ -44,6 +44,8 @@ class Plan {
     Plan const& childPlan( PlanRow const& row ) const;
     /// Whether an entity is as it was made: nothing in it, every scalar at its default.
     bool isPristine( Entity const& entity ) const;
+    /// Makes it so.
+    void clear( Entity& entity ) const;
 
   private:
     explicit Plan( Type const& type );
