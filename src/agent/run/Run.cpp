@@ -5,9 +5,11 @@
 #include <iostream>
 #include <memory>
 
+#include "agent/expecting/Expectations.h"
 #include "agent/metrics/MetricsServer.h"
 #include "agent/output/StatusFile.h"
 #include "agent/output/StatusLines.h"
+#include "agent/querying/ScenarioQuerier.h"
 #include "agent/run/Leaving.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
@@ -34,10 +36,16 @@ wantsScreen( RunOptions const& options ) {
 
 /// What the options ask for, in the order in which it is told of anything.
 RunParts
-makeRunParts( RunContext const& context ) {
+makeRunParts( RunContext& context ) {
     RunParts parts;
+    if ( context.scenario.querier ) {
+        parts.push_back( std::make_unique<ScenarioQuerier>( context ) );
+    }
     if ( !context.scenario.events.empty() ) {
         parts.push_back( std::make_unique<Timeline>( context ) );
+    }
+    if ( !context.scenario.expectations.empty() || context.options.junitFile ) {
+        parts.push_back( std::make_unique<Expectations>( context ) );
     }
     if ( context.options.captureFile ) {
         parts.push_back( std::make_unique<CaptureFile>( context ) );

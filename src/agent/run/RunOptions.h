@@ -26,6 +26,7 @@ struct RunOptions {
     std::optional<Kiv::U64> captureLimit;   ///< in bytes
     std::optional<MetricsAddress> metrics;  ///< where they are served; none for nowhere
     bool metricsPerHost = false;
+    std::optional<std::string> junitFile;   ///< for what the scenario expects; "-" for the standard output
     bool leaveOnExit = false;               ///< the hosts leave their groups before they go
     std::optional<std::string> controlPath; ///< where the hosts can be reached while they run
     std::vector<TraceRequest> traces;

@@ -11,6 +11,7 @@
 #include "agent/run/RunOptions.h"
 #include "agent/scenario/Scenario.h"
 #include "agent/traffic/Traffic.h"
+#include "lab/Querier.h"
 
 namespace Agent {
 
@@ -25,7 +26,8 @@ struct RunContext {
     Messages& messages;
     /// What any part plans to do first of all; none where there is no plan. May be empty.
     std::function<std::optional<NextEvent>()> nextEvent{};
-    Kiv::Seconds started = 0.0; ///< when the hosts were started, on the clock of Kiv::now()
+    Kiv::Seconds started = 0.0;                  ///< when the hosts were started, on the clock of Kiv::now()
+    std::vector<Lab::Querier const*> queriers{}; ///< that run beside the hosts
 };
 
 /// Something that accompanies the hosts of a run, such as the file that their status goes to. It is made, in

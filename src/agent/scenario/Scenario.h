@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "agent/expecting/Expectation.h"
+#include "agent/querying/QuerierSpec.h"
 #include "agent/scenario/HostSpec.h"
 #include "agent/timeline/Event.h"
 
@@ -21,6 +22,8 @@ struct Shard {
 
     /// Of that many hosts, how many this share has.
     U64 share( U64 hosts ) const { return ( hosts + shards - number ) / shards; }
+    /// Whether it has the host of that number, counted from 0.
+    bool has( U64 host ) const { return host % shards == number - 1; }
 };
 
 // What a text stands for. Each raises RangeException that says what was expected and found.
@@ -37,6 +40,7 @@ struct Scenario {
     std::optional<Kiv::Seconds> duration;
     std::vector<Event> events;
     std::vector<Expectation> expectations;
+    std::optional<QuerierSpec> querier; ///< runs beside the hosts
 
     /// How many hosts this process has, those included that are added later.
     U64 hostCount() const;

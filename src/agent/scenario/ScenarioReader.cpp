@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "agent/expecting/ExpectationReader.h"
+#include "agent/querying/QuerierReader.h"
 #include "agent/scenario/HostNames.h"
 #include "agent/scenario/reading/HostReader.h"
 #include "agent/scenario/reading/SettingReader.h"
@@ -30,6 +31,7 @@ class Reading {
     void readShard( ScenarioFile& file, YamlField const& field );
     void readSeed( ScenarioFile& file, YamlField const& field );
     void readDuration( ScenarioFile& file, YamlField const& field );
+    void readQuerier( ScenarioFile& file, YamlField const& field );
     void readEvents( ScenarioFile& file, YamlField const& field ) { Agent::readEvents( file, field ); }
     void readExpectations( ScenarioFile& file, YamlField const& field ) {
         Agent::readExpectations( file, field );
@@ -55,7 +57,7 @@ constexpr TopLevelKey topLevelKeys[] = {
     { "hosts", &Reading::readHosts },       { "defaults", &Reading::readDefaults },
     { "events", &Reading::readEvents },     { "expect", &Reading::readExpectations },
     { "duration", &Reading::readDuration }, { "seed", &Reading::readSeed },
-    { "shard", &Reading::readShard },
+    { "shard", &Reading::readShard },       { "querier", &Reading::readQuerier },
 };
 
 KeySet
@@ -132,6 +134,13 @@ Reading::readDuration( ScenarioFile& file, YamlField const& field ) {
     }
 }
 
+void
+Reading::readQuerier( ScenarioFile& file, YamlField const& field ) {
+    if ( isFirst( file, field ) ) {
+        scenario_.querier = Agent::readQuerier( file, field );
+    }
+}
+
 /// Which of two values would win?
 bool
 Reading::isFirst( ScenarioFile& file, YamlField const& field ) {
@@ -167,7 +176,7 @@ Reading::take() {
         }
     }
     resolveEvents( scenario_, errors_ );
-    checkExpectations( scenario_, errors_ );
+    resolveExpectations( scenario_, errors_ );
     if ( errors_.empty() && scenario_.hosts.empty() && scenario_.events.empty() ) {
         errors_.add( { 0 }, "expected at least one host, found none" );
     }

@@ -37,7 +37,7 @@ EventCursor::findUnit() {
 
 bool
 EventCursor::isMine( U64 unit ) const {
-    return event_.selection.host( unit / groupsPerHost_ ).number % shard_.shards == shard_.number - 1;
+    return shard_.has( event_.selection.host( unit / groupsPerHost_ ).number );
 }
 
 U64

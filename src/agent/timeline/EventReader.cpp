@@ -8,6 +8,7 @@
 #include "agent/scenario/reading/HostNameReader.h"
 #include "agent/scenario/reading/HostReader.h"
 #include "agent/scenario/reading/SettingReader.h"
+#include "agent/timeline/TimeText.h"
 
 namespace Agent {
 
@@ -19,27 +20,6 @@ constexpr char positive[] = R"({"type":"number","exclusiveMinimum":0})";
 constexpr char notNegative[] = R"({"type":"number","minimum":0})";
 constexpr char groupsSchema[] = R"({"$ref":"#/definitions/groups"})";
 constexpr char flagSchema[] = R"({"enum":[true,null]})";
-
-KeySet
-keysOf( char const* what, std::span<KeyRow const> rows ) {
-    KeySet keys{ what, {}, {} };
-    for ( KeyRow const& row : rows ) {
-        keys.known.push_back( row.name );
-        if ( row.isRequired ) {
-            keys.required.push_back( row.name );
-        }
-    }
-    return keys;
-}
-
-Seconds
-notNegativeSeconds( std::string_view text ) {
-    Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
-    if ( !( seconds >= 0.0 ) || !Kiv::isFinite( seconds ) ) {
-        Kiv::throwExpected( "a number of seconds, 0 or above", text );
-    }
-    return seconds;
-}
 
 /// "500/s", "500", "30/min", "10/h", as units per second.
 double
@@ -108,7 +88,7 @@ class EventReader {
 
 std::optional<Event>
 EventReader::read( YamlField const& entry ) {
-    static KeySet const keys = keysOf( "an event", eventKeys() );
+    static KeySet const keys = keySet( "an event", eventKeys() );
     std::size_t const errorsBefore = file_.yaml.errors().size();
     event_.at = entry.at;
     file_.yaml.readMap( entry, keys, [this]( YamlField const& field ) { readKey( field ); } );
@@ -228,7 +208,7 @@ EventReader::readAdded( YamlField const& host ) {
 
 void
 EventReader::readZap( YamlField const& field ) {
-    static KeySet const keys = keysOf( "a zap", zapKeys() );
+    static KeySet const keys = keySet( "a zap", zapKeys() );
     Seconds dwell = 1.0;
     file_.yaml.readMap( field, keys, [&]( YamlField const& key ) {
         if ( key.key == "groups" ) {
@@ -244,7 +224,7 @@ EventReader::readZap( YamlField const& field ) {
 
 void
 EventReader::readFlap( YamlField const& field ) {
-    static KeySet const keys = keysOf( "a flap", flapKeys() );
+    static KeySet const keys = keySet( "a flap", flapKeys() );
     Seconds down = 1.0;
     Seconds up = 1.0;
     file_.yaml.readMap( field, keys, [&]( YamlField const& key ) {

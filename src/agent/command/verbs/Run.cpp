@@ -78,6 +78,12 @@ addRun( CLI::App& app ) {
             "Draw what the timeline leaves to chance from this number; the same number, the same run"
         )
         ->type_name( "N" );
+    command
+        .add_option(
+            "--junit", options->junitFile,
+            "Write what became of the scenario's expectations, as JUnit XML; - for the standard output"
+        )
+        ->type_name( "FILE" );
     command.add_flag(
         "--leave-on-exit", options->leaveOnExit,
         "Leave every group at the end, and wait until the network has been told; a second Ctrl-C ends at once"

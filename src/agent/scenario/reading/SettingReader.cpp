@@ -50,6 +50,21 @@ keysWith( std::vector<std::string_view> own, std::span<Kiv::Attribute const* con
     return own;
 }
 
+KeySet
+keySet( char const* what, std::span<KeyRow const> rows, std::span<Kiv::Attribute const* const> attributes ) {
+    KeySet keys{ what, {}, {} };
+    for ( KeyRow const& row : rows ) {
+        keys.known.push_back( row.name );
+        if ( row.isRequired ) {
+            keys.required.push_back( row.name );
+        }
+    }
+    for ( Kiv::Attribute const* const attribute : attributes ) {
+        keys.known.emplace_back( attribute->name );
+    }
+    return keys;
+}
+
 bool
 readSetting(
     YamlReader& yaml, YamlField const& field, std::span<Kiv::Attribute const* const> attributes,

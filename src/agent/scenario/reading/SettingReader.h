@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/scenario/KeyRow.h"
 #include "agent/scenario/Settings.h"
 #include "agent/scenario/reading/YamlReader.h"
 
@@ -12,6 +13,11 @@ std::span<Kiv::Attribute const* const> settableGroupAttributes();
 /// Their names, behind those of other keys.
 std::vector<std::string_view>
 keysWith( std::vector<std::string_view> own, std::span<Kiv::Attribute const* const> attributes );
+
+/// The keys of a map that has those rows and attributes.
+KeySet keySet(
+    char const* what, std::span<KeyRow const> rows, std::span<Kiv::Attribute const* const> attributes = {}
+);
 
 /// Reads the value of the attribute that the key names, if `attributes` has it; the error is told where it is
 /// no such value. Returns false, with nothing done, for any other key.

@@ -1,0 +1,14 @@
+#include "agent/timeline/TimeText.h"
+
+namespace Agent {
+
+Kiv::Seconds
+notNegativeSeconds( std::string_view text ) {
+    Kiv::Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
+    if ( !( seconds >= 0.0 ) || !Kiv::isFinite( seconds ) ) {
+        Kiv::throwExpected( "a number of seconds, 0 or above", text );
+    }
+    return seconds;
+}
+
+} // namespace Agent
