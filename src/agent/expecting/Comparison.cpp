@@ -9,8 +9,7 @@ Comparison::signs() {
     static constexpr Sign all[] = { // longer ones before those that they begin with
                                     { "==", Relation::equal },  { "!=", Relation::notEqual },
                                     { "<=", Relation::atMost }, { ">=", Relation::atLeast },
-                                    { "<", Relation::less },    { ">", Relation::greater },
-                                    { "=", Relation::equal }
+                                    { "<", Relation::less },    { ">", Relation::greater }
     };
     return all;
 }

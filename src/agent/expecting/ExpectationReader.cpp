@@ -14,7 +14,7 @@ constexpr char notNegative[] = R"({"type":"number","minimum":0})";
 constexpr char groupsSchema[] = R"({"$ref":"#/definitions/groups"})";
 constexpr char textSchema[] = R"({"type":"string"})";
 constexpr char comparisonSchema[] =
-    R"({"anyOf":[{"type":"integer","minimum":0},{"type":"string","pattern":"^([=!<>]=|[<>=])? *[0-9]+$"}]})";
+    R"({"anyOf":[{"type":"integer","minimum":0},{"type":"string","pattern":"^([=!<>]=|[<>])? *[0-9]+$"}]})";
 
 constexpr KeyRow joinedRow{ "joined", "Groups that are to be known, with these sources where it names any",
                             groupsSchema };
@@ -239,7 +239,7 @@ resolveExpectations( Scenario& scenario, Diagnostics& errors ) {
     for ( Expectation& expectation : scenario.expectations ) {
         expectation.selection = finder.find( expectation.hosts, errors );
         for ( MembershipCondition const& condition : expectation.memberships ) {
-            if ( !condition.bridge && !scenario.querier ) {
+            if ( !condition.bridge && !scenario.querier && errors.empty() ) {
                 errors.add( condition.at, "querier: expected a querier in the scenario, found none" );
             }
         }

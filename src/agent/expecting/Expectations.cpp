@@ -32,6 +32,15 @@ Expectations::Expectations( RunContext const& context )
     }
 }
 
+bool
+Expectations::decideTheEnd( Scenario const& scenario ) {
+    auto const& all = scenario.expectations;
+    return !scenario.duration && !all.empty() &&
+           std::all_of( all.begin(), all.end(), []( Expectation const& expectation ) {
+               return expectation.time.has_value();
+           } );
+}
+
 Kiv::Seconds
 Expectations::elapsed() const {
     return Kiv::now() - context_.started;
@@ -45,6 +54,12 @@ Expectations::handleTimer() {
         looks_.pop();
         look( next.expectation, next.time, false );
     }
+    arm();
+    endIfDecided();
+}
+
+void
+Expectations::arm() {
     if ( !looks_.empty() ) {
         timer_->timeMinIs( context_.started + looks_.top().time + after );
     }
@@ -93,6 +108,16 @@ Expectations::decide( std::size_t index, std::vector<std::string> shortfalls ) {
     std::string const line = "line " + std::to_string( expectation.at.line );
     outcomes_[index] = Outcome{ expectation.name.empty() ? line : expectation.name, file, elapsed(),
                                 std::move( shortfalls ) };
+}
+
+void
+Expectations::endIfDecided() const {
+    bool const allDecided = std::all_of( outcomes_.begin(), outcomes_.end(), []( auto const& outcome ) {
+        return outcome.has_value();
+    } );
+    if ( allDecided && decideTheEnd( context_.scenario ) ) {
+        Kiv::defaultActivity()->activitySm().stop();
+    }
 }
 
 ExitStatus

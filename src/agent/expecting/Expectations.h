@@ -10,13 +10,17 @@
 namespace Agent {
 
 /// Looks at what a scenario expects when it is time, tells what is not met and, for --junit, writes the
-/// outcome. What happens at the very time of a look has happened.
+/// outcome. What happens at the very time of a look has happened. Without a duration, a run whose
+/// expectations all have their time ends with the last of them.
 class Expectations : public RunPart {
   public:
     /// Raises std::system_error where the outcome could not be written.
     explicit Expectations( RunContext const& context );
 
-    void handleStarted() override { handleTimer(); }
+    /// Whether a run of the scenario ends with its last expectation.
+    static bool decideTheEnd( Scenario const& scenario );
+
+    void handleStarted() override { arm(); }
     void handleTimeOver() override;
     ExitStatus handleEnded() override;
 
@@ -31,9 +35,11 @@ class Expectations : public RunPart {
     };
 
     Kiv::Seconds elapsed() const;
+    void arm();
     void handleTimer();
     void look( std::size_t index, Kiv::Seconds time, bool isLast );
     void decide( std::size_t index, std::vector<std::string> shortfalls );
+    void endIfDecided() const;
     bool write() const;
 
     RunContext const& context_;

@@ -13,6 +13,7 @@
 #include "agent/run/Leaving.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
+#include "agent/run/Simulation.h"
 #include "agent/scenario/ScenarioLoader.h"
 #include "agent/scenario/ScenarioReader.h"
 #include "agent/scenario/Warnings.h"
@@ -38,7 +39,7 @@ wantsScreen( RunOptions const& options ) {
 RunParts
 makeRunParts( RunContext& context ) {
     RunParts parts;
-    if ( context.scenario.querier ) {
+    if ( context.scenario.querier && !context.options.simulate ) {
         parts.push_back( std::make_unique<ScenarioQuerier>( context ) );
     }
     if ( !context.scenario.events.empty() ) {
@@ -70,7 +71,12 @@ class Runner {
     Runner( RunOptions const& options, Scenario const& scenario, Messages& messages )
         : console_( std::cerr, options.traces ),
           signals_( { SIGINT, SIGTERM, SIGUSR1 }, [this]( int signal ) { handleSignal( signal ); } ),
-          context_{ options, scenario, wheel_, emulation_, traffic_, ledger_, messages } {}
+          simulation_( options.simulate ? std::make_unique<Simulation>( scenario, wheel_ ) : nullptr ),
+          context_{ options, scenario, wheel_, emulation_, traffic_, ledger_, messages } {
+        if ( simulation_ ) {
+            context_.queriers = simulation_->queriers();
+        }
+    }
     ~Runner() {
         while ( !parts_.empty() ) {
             parts_.pop_back();
@@ -91,6 +97,7 @@ class Runner {
     TraceConsole console_;
     SignalWatch signals_;
     Kiv::Ptr<Lumo::TimerWheel> const wheel_{ new Lumo::TimerWheel };
+    std::unique_ptr<Simulation> const simulation_;
     Traffic traffic_;
     Emulation emulation_{ wheel_ };
     StatusLedger ledger_{ emulation_ };
@@ -164,6 +171,8 @@ Runner::tellBegin() const {
     std::cerr << "igmphost: " << hosts << ( hosts == 1 ? " host" : " hosts" );
     if ( context_.scenario.duration ) {
         std::cerr << " for " << *context_.scenario.duration << " s" << std::endl;
+    } else if ( Expectations::decideTheEnd( context_.scenario ) ) {
+        std::cerr << " until the last expectation is decided" << std::endl;
     } else {
         std::cerr << " until Ctrl-C" << std::endl;
     }
@@ -199,7 +208,12 @@ run( RunOptions const& options ) {
     }
     applyOptions( options, scenario );
     scenarioWarnings( scenario ).print( std::cerr, scenario.files, "warning" );
-    if ( std::string const missing = missingPrivilege( scenario ); !missing.empty() ) {
+    bool const hasEnd = scenario.duration || Expectations::decideTheEnd( scenario );
+    if ( options.simulate && !hasEnd ) {
+        std::cerr << "igmphost: error: --simulate: expected a duration, found none" << std::endl;
+        return exitWrongUsage;
+    }
+    if ( std::string const missing = missingPrivilege( scenario ); !options.simulate && !missing.empty() ) {
         std::cerr << "igmphost: error: " << missing << std::endl;
         return exitFailed;
     }

@@ -1,5 +1,6 @@
 #include "agent/scenario/Warnings.h"
 
+#include "agent/scenario/warnings/EventWarnings.h"
 #include "agent/scenario/warnings/GroupWarnings.h"
 #include "agent/scenario/warnings/HostWarnings.h"
 #include "agent/scenario/warnings/LinkWarnings.h"
@@ -15,6 +16,7 @@ scenarioWarnings( Scenario const& scenario ) {
         GroupWarnings( host, warnings ).check();
         link.check( host );
     }
+    EventWarnings( scenario, warnings ).check();
     return warnings;
 }
 

@@ -78,10 +78,12 @@ Timeline::play( std::size_t cursor, Kiv::Seconds now ) {
         Kiv::Seconds const time = at.time();
         EventCursor::Unit const unit = at.take();
         ++misses.units;
-        misses.missed += actions_.perform( at.event(), unit ) ? 0 : 1;
+        if ( !actions_.perform( at.event(), unit ) && misses.missed++ == 0 ) {
+            misses.since = time;
+        }
         ends = unit.endsStep;
         if ( ends ) {
-            tellMisses( cursor, time );
+            tellMisses( cursor );
         }
     }
 }
@@ -93,16 +95,17 @@ Timeline::queue( std::size_t cursor ) {
     }
 }
 
-/// Once for an event: what repeats itself would miss the same again and again.
+/// Once for an event: what repeats itself would miss the same again and again. An event for every host means
+/// those that are there.
 void
-Timeline::tellMisses( std::size_t cursor, Kiv::Seconds time ) {
+Timeline::tellMisses( std::size_t cursor ) {
     Misses& misses = misses_[cursor];
-    if ( misses.missed != 0 && !misses.told ) {
-        Event const& event = cursors_[cursor].event();
+    Event const& event = cursors_[cursor].event();
+    if ( misses.missed != 0 && !misses.told && !event.hosts.empty() ) {
         char const* const what = event.action == EventAction::change ? " hosts or groups" : " hosts";
         std::cerr << "igmphost: " << context_.scenario.files.at( event.at.file ) << ':' << event.at.line
-                  << ": " << actionName( event.action ) << " at " << time << " s: " << misses.missed << " of "
-                  << misses.units << what << " are not there" << std::endl;
+                  << ": " << actionName( event.action ) << " at " << misses.since << " s: " << misses.missed
+                  << " of " << misses.units << what << " are not there" << std::endl;
         misses.told = true;
     }
     misses.units = misses.missed = 0;

@@ -40,11 +40,12 @@ class Timeline : public RunPart {
     void handleTimer();
     void play( std::size_t cursor, Kiv::Seconds now );
     void queue( std::size_t cursor );
-    void tellMisses( std::size_t cursor, Kiv::Seconds time );
+    void tellMisses( std::size_t cursor );
 
     struct Misses {
         U64 units = 0;  ///< in the present step
         U64 missed = 0; ///< of them
+        Kiv::Seconds since = 0.0;
         bool told = false;
     };
 

@@ -87,7 +87,8 @@ TEST( ExpectationReader, QuerierHasItsVariables ) {
         errorsOf( text + "{ devise: x, igmpVersion: 4 }\n" ),
         ":4:10: error: missing key 'device' in a querier\n"
         ":4:12: error: unknown key 'devise' in a querier; did you mean 'device'?\n"
-        ":4:36: error: igmpVersion: expected IgmpVersion, found '4'\n"
+        ":4:36: error: igmpVersion: expected an IGMP version: 0 to 3 or igmpVersion1, igmpVersion2, "
+        "igmpVersion3, found '4'\n"
     );
 }
 

@@ -85,6 +85,10 @@ addRun( CLI::App& app ) {
         )
         ->type_name( "FILE" );
     command.add_flag(
+        "--simulate", options->simulate,
+        "Use no device: a wire in memory with queriers, and time that jumps to what happens next"
+    );
+    command.add_flag(
         "--leave-on-exit", options->leaveOnExit,
         "Leave every group at the end, and wait until the network has been told; a second Ctrl-C ends at once"
     );

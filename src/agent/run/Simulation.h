@@ -1,0 +1,43 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "agent/demo/VlanTrunk.h"
+#include "agent/scenario/Scenario.h"
+#include "lab/Querier.h"
+#include "lab/Wire.h"
+#include "platform/kiv/Clock.h"
+
+namespace Agent {
+
+/// Stands in for the machine, from its making to its end: a clock that jumps from one thing that happens to
+/// the next, and for each device of a scenario a cable in memory, with the reference querier at its other
+/// end, one for each VLAN. Two runs of one scenario with one seed are alike to the byte.
+class Simulation {
+  public:
+    Simulation( Scenario const& scenario, Kiv::Ptr<Lumo::TimerWheel> const& wheel );
+
+    std::vector<Lab::Querier const*> queriers() const;
+
+  private:
+    struct Link {
+        std::string name;                 ///< empty for hosts on no device
+        std::unique_ptr<VlanTrunk> trunk; ///< where hosts are tagged
+        std::map<U16, std::unique_ptr<Lab::Querier>> queriers;
+    };
+
+    Link& linkOf( HostSpec const& spec );
+    void addQuerier( Link& link, U16 vlanId );
+    Kiv::Ptr<Zornet::EthDevPam> farEnd( Link const& link, char const* what );
+
+    Lab::QuerierConfig config_;
+    Kiv::Ptr<Lumo::TimerWheel> const wheel_;
+    Kiv::SimulatedClock clock_;
+    Kiv::ClockScope const clockScope_{ clock_ };
+    Lab::Wire wire_{ wheel_ };
+    Zornet::DeviceProviderScope const providerScope_{ wire_ };
+    std::map<std::string, Link> links_; ///< by device and namespace
+};
+
+} // namespace Agent

@@ -1,0 +1,85 @@
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "tests/agent/AgentProcess.h"
+#include "tests/agent/TemporaryFolder.h"
+#include "tests/support/Paths.h"
+
+namespace Agent {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+/// The real command without a device, in time that jumps.
+class Simulate : public ::testing::Test {
+  protected:
+    std::string scenario( std::string const& more ) const {
+        return folder_.fileWith(
+            "s.yaml",
+            "hosts:\n"
+            "  - { name: rx, count: 3, ipAddr: 10.0.0.1, macAddr: 02:00:00:00:00:01, deviceName: eth0,\n"
+            "      igmpVersion: 3, groups: 239.1.1.1-239.1.1.3 }\n"
+            "  - { name: tagged, count: 2, ipAddr: 10.0.1.1, macAddr: 02:00:00:00:01:01, tagged: true,\n"
+            "      deviceName: eth0, vlanId: 5, vlanStep: 1, igmpVersion: 3, groups: 239.2.2.2 }\n" +
+                more
+        );
+    }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F( Simulate, QueriersLearnWhatHostsOfEveryVlanWant ) {
+    AgentProcess agent(
+        { "run", "--simulate",
+          scenario(
+              "duration: 4000\n"
+              "querier: { device: none, interval: 60 }\n"
+              "events: [ { at: 2000, hosts: 'rx*', leave: 239.1.1.3 } ]\n"
+              "expect:\n"
+              "  - { at: 1999, querier: { joined: [ 239.1.1.1-239.1.1.3, 239.2.2.2 ], groupCount: 4 } }\n"
+              "  - { at: 2010, querier: { notJoined: 239.1.1.3, groupCount: 3 } }\n"
+              "  - { hosts: tagged, v3GeneralQueryReceived: '>= 65' }\n"
+          ) }
+    );
+    EXPECT_EQ( agent.exitStatus(), 0 ) << agent.written( AgentProcess::errors );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: 3 of 3 expectations met\n" ) );
+}
+
+TEST_F( Simulate, TwoRunsAreAlike ) {
+    std::string const events = "events: [ { at: 5, jitter: 9, flap: { down: 10, up: 50 } } ]\n";
+    std::vector<std::string> written;
+    for ( int i = 0; i < 2; ++i ) {
+        AgentProcess agent( { "run", "--simulate", scenario( events ), "--duration", "3000", "--status", "-" }
+        );
+        EXPECT_EQ( agent.exitStatus(), 0 );
+        written.push_back( agent.written( AgentProcess::output ) );
+    }
+    EXPECT_GT( nlohmann::json::parse( written[0] )["hosts"]["rx-1"]["v3CurrentStateReportSent"], 0 );
+    EXPECT_EQ( written[0], written[1] );
+}
+
+TEST_F( Simulate, NeedsAnEnd ) {
+    AgentProcess agent( { "run", "--simulate", scenario( "" ) } );
+    EXPECT_EQ( agent.exitStatus(), 2 );
+    EXPECT_EQ(
+        agent.written( AgentProcess::errors ),
+        "igmphost: error: --simulate: expected a duration, found none\n"
+    );
+}
+
+TEST_F( Simulate, EveryExampleRunsAndMeetsWhatItExpects ) {
+    std::filesystem::path const folder = std::filesystem::path( Support::sourceFolder() ) / "examples";
+    for ( auto const& entry : std::filesystem::directory_iterator( folder ) ) {
+        if ( entry.path().extension() == ".yaml" ) {
+            AgentProcess agent( { "run", "--simulate", entry.path().string(), "--duration", "60" } );
+            EXPECT_EQ( agent.exitStatus(), 0 ) << entry.path() << agent.written( AgentProcess::errors );
+        }
+    }
+}
+
+} // namespace
+
+} // namespace Agent
