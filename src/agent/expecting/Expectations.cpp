@@ -103,7 +103,7 @@ Expectations::decide( std::size_t index, std::vector<std::string> shortfalls ) {
     std::string const& file = context_.scenario.files.at( expectation.at.file );
     std::string const place = file + ":" + std::to_string( expectation.at.line );
     for ( std::string const& text : shortfalls ) {
-        std::cerr << "igmphost: " << place << ": not met: " << text << std::endl;
+        std::cerr << "igmphost: error: " << place << ": not met: " << text << std::endl;
     }
     std::string const line = "line " + std::to_string( expectation.at.line );
     outcomes_[index] = Outcome{ expectation.name.empty() ? line : expectation.name, file, elapsed(),

@@ -103,9 +103,10 @@ Timeline::tellMisses( std::size_t cursor ) {
     Event const& event = cursors_[cursor].event();
     if ( misses.missed != 0 && !misses.told && !event.hosts.empty() ) {
         char const* const what = event.action == EventAction::change ? " hosts or groups" : " hosts";
-        std::cerr << "igmphost: " << context_.scenario.files.at( event.at.file ) << ':' << event.at.line
-                  << ": " << actionName( event.action ) << " at " << misses.since << " s: " << misses.missed
-                  << " of " << misses.units << what << " are not there" << std::endl;
+        std::cerr << "igmphost: warning: " << context_.scenario.files.at( event.at.file ) << ':'
+                  << event.at.line << ": " << actionName( event.action ) << " at " << misses.since
+                  << " s: " << misses.missed << " of " << misses.units << what << " are not there"
+                  << std::endl;
         misses.told = true;
     }
     misses.units = misses.missed = 0;

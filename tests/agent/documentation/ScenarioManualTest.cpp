@@ -6,6 +6,8 @@
 #include <regex>
 #include <sstream>
 
+#include "agent/expecting/ExpectationReader.h"
+#include "agent/querying/QuerierReader.h"
 #include "agent/scenario/ScenarioReader.h"
 #include "agent/scenario/reading/SettingReader.h"
 #include "agent/timeline/EventReader.h"
@@ -80,6 +82,11 @@ TEST_F( ScenarioManual, ExplainsTheKeysOfEvents ) {
     EXPECT_EQ( keys( "EVENTS" ), withoutDefaults( eventKeys() ) );
     EXPECT_EQ( keys( "ZAP" ), withoutDefaults( zapKeys() ) );
     EXPECT_EQ( keys( "FLAP" ), withoutDefaults( flapKeys() ) );
+}
+
+TEST_F( ScenarioManual, ExplainsTheKeysOfExpectationsAndOfTheQuerier ) {
+    EXPECT_EQ( keys( "EXPECTATIONS" ), withoutDefaults( expectationKeys() ) );
+    EXPECT_EQ( keys( "QUERIER" ), withoutDefaults( querierKeys() ) );
 }
 
 /// Its keys are known by what the reader says of one that it does not know.

@@ -48,7 +48,7 @@ TEST_F( ExpectationsTest, UnmetOnesAreToldWithWhatWasFound ) {
         runWith( "expect:\n  - { hosts: rx-2, v2ReportsSent: '>= 9', v2LeavesSent: 0 }\n" ), exitNotMet
     );
     EXPECT_EQ(
-        told_, "igmphost: s.yaml:5: not met: rx-2: v2ReportsSent: expected >= 9, found 2\n"
+        told_, "igmphost: error: s.yaml:5: not met: rx-2: v2ReportsSent: expected >= 9, found 2\n"
                "igmphost: 0 of 1 expectations met\n"
     );
 }
@@ -80,9 +80,9 @@ TEST_F( ExpectationsTest, TimeThatSomethingMayTakeEnds ) {
 TEST_F( ExpectationsTest, WhatTheEndComesBeforeIsNotMet ) {
     EXPECT_EQ( runWith( "expect:\n  - { at: 11, v2LeavesSent: 0 }\n" ), exitNotMet );
     EXPECT_EQ(
-        told_,
-        "igmphost: s.yaml:5: not met: expected to be looked at 11 s after the start, found the end before\n"
-        "igmphost: 0 of 1 expectations met\n"
+        told_, "igmphost: error: s.yaml:5: not met: expected to be looked at 11 s after the start, found the "
+               "end before\n"
+               "igmphost: 0 of 1 expectations met\n"
     );
 }
 
@@ -131,10 +131,11 @@ TEST_F( ExpectationsTest, QuerierIsAskedForWhatItKnows ) {
     );
     EXPECT_EQ(
         told_,
-        "igmphost: s.yaml:7: not met: querier: 239.1.1.2: expected a member, found none\n"
-        "igmphost: s.yaml:7: not met: querier: 239.1.1.1: expected INCLUDE {10.9.9.1}, found EXCLUDE {}\n"
-        "igmphost: s.yaml:7: not met: querier: 239.1.1.1: expected no member, found EXCLUDE {}\n"
-        "igmphost: s.yaml:7: not met: querier: groupCount: expected > 1, found 1\n"
+        "igmphost: error: s.yaml:7: not met: querier: 239.1.1.2: expected a member, found none\n"
+        "igmphost: error: s.yaml:7: not met: querier: 239.1.1.1: expected INCLUDE {10.9.9.1}, found EXCLUDE "
+        "{}\n"
+        "igmphost: error: s.yaml:7: not met: querier: 239.1.1.1: expected no member, found EXCLUDE {}\n"
+        "igmphost: error: s.yaml:7: not met: querier: groupCount: expected > 1, found 1\n"
         "igmphost: 1 of 2 expectations met\n"
     );
 }

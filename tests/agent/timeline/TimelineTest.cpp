@@ -79,7 +79,7 @@ TEST_F( TimelineTest, ChangeOfAGroupThatIsNotThereIsToldOnce ) {
     EXPECT_THAT( sentBy( 5.0 ), IsEmpty() );
     EXPECT_EQ(
         testing::internal::GetCapturedStderr(),
-        "igmphost: s.yaml:4: change at 1 s: 3 of 3 hosts or groups are not there\n"
+        "igmphost: warning: s.yaml:4: change at 1 s: 3 of 3 hosts or groups are not there\n"
     );
 }
 
@@ -129,7 +129,7 @@ TEST_F( TimelineTest, AbsentHostsAreTold ) {
     EXPECT_EQ( sentBy( 4.0 ).size(), 4U );
     EXPECT_EQ(
         testing::internal::GetCapturedStderr(),
-        "igmphost: s.yaml:6: join at 3 s: 1 of 3 hosts are not there\n"
+        "igmphost: warning: s.yaml:6: join at 3 s: 1 of 3 hosts are not there\n"
     );
 }
 
