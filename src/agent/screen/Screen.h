@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdio>
 #include <deque>
 
@@ -29,6 +30,7 @@ class Screen : public RunPart {
     void resize();
     void draw();
     void tick();
+    bool isDue();
     void messageIs( std::string const& line );
 
     RunContext const& context_;
@@ -37,6 +39,7 @@ class Screen : public RunPart {
     SignalWatch const signals_;
     RunView view_;
     std::deque<std::string> messages_; ///< the last that were said
+    std::chrono::steady_clock::time_point looked_{};
     bool open_ = false;
 };
 
