@@ -38,10 +38,12 @@ void
 IgmpV3HostGroupSm::handleInitialized() {
     addedSourceTransCount_ = igmpV3HostGroupSourceListFactory();
     deletedSourceTransCount_ = igmpV3HostGroupSourceListFactory();
-    currGroupRecord_ = igmpV3GroupRecordFactory( "curr_group_rec", group_ );
+    static Kiv::Name const currentName( "curr_group_rec" );
+    static Kiv::Name const leaveName( "group_rec_on_leave" );
+    currGroupRecord_ = igmpV3GroupRecordFactory( currentName, group_ );
     currGroupRecord_->sourceIs();
     hostSm_ = aggregatedSenderSm_ ? aggregatedSenderSm_->igmpHostSm() : nullptr;
-    groupRecordOnLeave_ = igmpV3GroupRecordFactory( "group_rec_on_leave", group_ );
+    groupRecordOnLeave_ = igmpV3GroupRecordFactory( leaveName, group_ );
     groupRecordOnLeave_->versionIs( 1 );
     initialized_ = true;
 }
