@@ -39,6 +39,16 @@ throwUnreachable( std::string const& path, int error ) {
     }
 }
 
+[[noreturn]] void
+throwLost( Kiv::Connection const& connection ) {
+    constexpr std::string_view fromPeer = "peer: ";
+    std::string const reason( connection.endReason().view() );
+    throw std::runtime_error(
+        reason.starts_with( fromPeer ) ? "the agent ends the connection: " + reason.substr( fromPeer.size() )
+                                       : "the connection is lost: " + reason
+    );
+}
+
 /// Waits while more want to connect than the agent has taken up.
 int
 connectedTo( std::string const& path, Kiv::Seconds patience ) {
@@ -83,16 +93,20 @@ ControlClient::synchronise() {
 
 void
 ControlClient::settle() {
-    await( [this] { return connection_->isSettled(); } );
+    try {
+        await( [this] { return connection_->isSettled(); } );
+    } catch ( std::runtime_error const& fault ) {
+        throw std::runtime_error(
+            std::string( fault.what() ) + "; what the agent has taken of the change is not known"
+        );
+    }
 }
 
 void
 ControlClient::watch( std::function<bool()> const& condition, Kiv::Seconds span ) {
     run( condition, span );
     if ( !isInterrupted_ && !isOpen() ) {
-        throw std::runtime_error(
-            "the connection is lost: " + std::string( connection_->endReason().view() )
-        );
+        throwLost( *connection_ );
     }
 }
 
@@ -100,12 +114,10 @@ void
 ControlClient::await( std::function<bool()> const& condition ) {
     for ( Kiv::U64 received = connection_->counters().bytesReceived; !run( condition, patience_ ); ) {
         if ( isInterrupted_ ) {
-            throw Interrupted( "interrupted" );
+            throw std::runtime_error( "interrupted" );
         }
         if ( !isOpen() ) {
-            throw std::runtime_error(
-                "the connection is lost: " + std::string( connection_->endReason().view() )
-            );
+            throwLost( *connection_ );
         }
         if ( connection_->counters().bytesReceived == received ) {
             throw std::runtime_error(

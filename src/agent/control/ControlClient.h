@@ -1,6 +1,7 @@
 #pragma once
 
-#include <stdexcept>
+#include <functional>
+#include <string>
 
 #include "agent/run/SignalWatch.h"
 #include "model/IgmpHostDir.h"
@@ -8,11 +9,6 @@
 #include "platform/kiv/Connection.h"
 
 namespace Agent {
-
-/// A signal has ended the wait.
-class Interrupted : public std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 /// A controller's end of a control socket: a mirror of an agent's hosts and their status that replication
 /// keeps up to date while the loop runs. What is changed on the mirrored hosts happens at the agent.
@@ -28,7 +24,7 @@ class ControlClient {
     bool isOpen() const { return connection_->isOpen(); }
 
     // Each runs the loop and raises std::runtime_error where the connection ends first, or where nothing has
-    // come from the agent for `patience` seconds; Interrupted for a signal.
+    // come from the agent for `patience` seconds, or for a signal.
 
     /// Until the mirror stands in full.
     void synchronise();

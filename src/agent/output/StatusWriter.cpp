@@ -2,8 +2,11 @@
 
 #include <cerrno>
 #include <iostream>
+#include <map>
 #include <system_error>
+#include <utility>
 
+#include "agent/hosts/HostPattern.h"
 #include "agent/output/AttributeJson.h"
 #include "agent/output/FileReplacement.h"
 
@@ -12,15 +15,23 @@ namespace Agent {
 void
 writeStatus( std::ostream& out, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir ) {
     char const* before = "\n";
+    auto const write = [&]( Igmp::IgmpHostStatus const& status ) {
+        out << std::exchange( before, ",\n" ) << textOf( std::string( status.name().view() ) ) << ": "
+            << textOf( jsonOf( Igmp::IgmpHostStatus::attributes(), status ) );
+    };
+    std::map<std::string, Kiv::Ptr<Igmp::IgmpHostStatus>, decltype( &comesBefore )> others( &comesBefore );
+    for ( Igmp::IgmpHostStatus& status : dir.igmpHostStatus() ) {
+        others.emplace( status.name().view(), &status );
+    }
     out << "{\"hosts\": {";
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        std::string const name = spec.hostName( index );
-        if ( Kiv::Ptr<Igmp::IgmpHostStatus> const status = dir.igmpHostStatus( name ) ) {
-            out << before << textOf( name ) << ": "
-                << textOf( jsonOf( Igmp::IgmpHostStatus::attributes(), *status ) );
-            before = ",\n";
+        if ( auto const status = others.extract( spec.hostName( index ) ) ) {
+            write( *status.mapped() );
         }
     } );
+    for ( auto const& [name, status] : others ) { // hosts that came through the control socket
+        write( *status );
+    }
     out << "\n}}\n";
 }
 

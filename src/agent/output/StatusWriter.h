@@ -8,8 +8,8 @@
 namespace Agent {
 
 /// Writes one JSON object, {"hosts": {NAME: {ATTRIBUTE: VALUE, ...}, ...}}, with every attribute of the
-/// status of every host of the scenario, in the scenario's order, a line for each host. A host that is
-/// disabled has no status and is left out.
+/// status of every host, a line for each: those of the scenario in its order, then those that came through
+/// the control socket. A host that is disabled has no status and is left out.
 void writeStatus( std::ostream& out, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir );
 
 /// The same to a file, which is replaced as a whole, or to the standard output for "-". Raises

@@ -16,6 +16,8 @@ namespace {
 constexpr std::string_view deviceHandle = "Device";
 constexpr int troubleLevel = 1;
 constexpr int eventLevel = 3;
+/// The handle of the control socket; up to that level it tells who is refused.
+constexpr std::string_view controlHandle = "Control";
 
 std::vector<std::string_view>
 handleNames() {
@@ -52,6 +54,9 @@ TraceConsole::TraceConsole( std::ostream& out, std::vector<TraceRequest> const& 
     if ( Kiv::TraceHandle* const devices = Kiv::TraceHandle::find( deviceHandle ) ) {
         levelIs( *devices, eventLevel );
     }
+    if ( Kiv::TraceHandle* const control = Kiv::TraceHandle::find( controlHandle ) ) {
+        levelIs( *control, troubleLevel );
+    }
     for ( auto const& [handle, level] : requests ) {
         levelIs( *handle, std::max( level, handle->level() ) );
     }
@@ -73,7 +78,9 @@ TraceConsole::levelIs( Kiv::TraceHandle& handle, int level ) {
 
 void
 TraceConsole::message( Quillog::MsgDesc const& desc, std::string_view text ) {
-    if ( desc.handle != deviceHandle || desc.level > eventLevel ) {
+    if ( desc.handle == controlHandle && desc.level <= troubleLevel ) {
+        out_ << "igmphost: control: " << text << std::endl;
+    } else if ( desc.handle != deviceHandle || desc.level > eventLevel ) {
         file_.message( desc, text );
     } else if ( desc.level > troubleLevel ) {
         out_ << "igmphost: device " << text << std::endl;

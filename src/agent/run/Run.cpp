@@ -5,6 +5,7 @@
 #include <iostream>
 #include <memory>
 
+#include "agent/control/ControlPart.h"
 #include "agent/expecting/Expectations.h"
 #include "agent/metrics/MetricsServer.h"
 #include "agent/output/StatusFile.h"
@@ -39,6 +40,9 @@ wantsScreen( RunOptions const& options ) {
 RunParts
 makeRunParts( RunContext& context ) {
     RunParts parts;
+    if ( context.options.controlPath ) {
+        parts.push_back( std::make_unique<ControlPart>( context ) );
+    }
     if ( context.scenario.querier && !context.options.simulate ) {
         parts.push_back( std::make_unique<ScenarioQuerier>( context ) );
     }
@@ -201,7 +205,10 @@ ExitStatus
 run( RunOptions const& options ) {
     Messages messages( options.logFormat, options.quiet );
     Diagnostics errors;
-    Scenario scenario = readScenario( options.scenarioFiles, errors );
+    Scenario scenario;
+    if ( !options.scenarioFiles.empty() ) { // otherwise the hosts come through the control socket
+        scenario = readScenario( options.scenarioFiles, errors );
+    }
     if ( !errors.empty() ) {
         errors.print( std::cerr, scenario.files, "error" );
         return exitWrongUsage;

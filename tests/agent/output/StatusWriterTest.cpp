@@ -51,6 +51,18 @@ TEST_F( StatusWriter, InfinityIsText ) {
     EXPECT_EQ( json( oneHost )["hosts"]["a"]["unsolicitedReportInterval"], "inf" );
 }
 
+TEST_F( StatusWriter, HostsThatTheScenarioDoesNotNameComeLast ) {
+    for ( char const* const host : { "x-10", "x-9", "z" } ) {
+        status( host );
+    }
+    std::vector<std::string> names;
+    Json const all = json( "hosts: [ { name: z } ]" );
+    for ( auto const& item : all["hosts"].items() ) {
+        names.push_back( item.key() );
+    }
+    EXPECT_THAT( names, ElementsAre( "z", "x-9", "x-10" ) );
+}
+
 TEST_F( StatusWriter, HostsStandInTheOrderOfTheScenario ) {
     for ( char const* const host : { "m", "z-1", "z-2", "b" } ) {
         status( host );

@@ -53,9 +53,14 @@ CtlVerbs::add() {
 
 void
 CtlVerbs::addPath() {
-    app_.add_option( "PATH", options_->path, "The socket of the agent, as given to run --control" )
-        ->required()
-        ->check( socketPath );
+    CLI::Option const* const path =
+        app_.add_option( "PATH", options_->path, "The socket of the agent, as given to run --control" )
+            ->check( socketPath );
+    app_.final_callback( [path] { // where it were required() a verb would be taken for it, also before --help
+        if ( path->empty() ) {
+            throw CLI::RequiredError( "PATH" );
+        }
+    } );
     addParsed(
         app_, "--timeout", options_->patience, durationOf, "S",
         "Give up when nothing has come from the agent for so many seconds [30]"

@@ -49,15 +49,67 @@ addMetrics( CLI::App& command, RunOptions& options ) {
     );
 }
 
+void
+addExpecting( CLI::App& command, RunOptions& options ) {
+    command
+        .add_option(
+            "--junit", options.junitFile,
+            "Write what became of the scenario's expectations, as JUnit XML; - for the standard output"
+        )
+        ->type_name( "FILE" );
+    command.add_flag(
+        "--simulate", options.simulate,
+        "Use no device: a wire in memory with queriers, and time that jumps to what happens next"
+    );
+}
+
+void
+addShare( CLI::App& command, RunOptions& options ) {
+    addParsed(
+        command, "--shard", options.shard, shardOf, "K/N",
+        "Run every N-th host alone, from the K-th on; N processes run the scenario between them"
+    );
+    command
+        .add_option(
+            "--seed", options.seed,
+            "Draw what the timeline leaves to chance from this number; the same number, the same run"
+        )
+        ->type_name( "N" );
+}
+
+/// Hosts come from a scenario or through the control socket; without either there would never be any.
+void
+addControl( CLI::App& command, RunOptions& options, CLI::Option const& scenario ) {
+    CLI::Option const* const control =
+        command
+            .add_option(
+                "--control", options.controlPath,
+                "Make a socket there through which igmphost ctl of the same user looks at the hosts and "
+                "changes them"
+            )
+            ->check( socketPath )
+            ->excludes( command.get_option( "--simulate" ) )
+            ->type_name( "PATH" );
+    command.final_callback( [&scenario, control] {
+        if ( scenario.empty() && control->empty() ) {
+            throw CLI::RequiredError( "SCENARIO" );
+        }
+    } );
+}
+
 } // namespace
 
 Verb
 addRun( CLI::App& app ) {
     auto const options = std::make_shared<RunOptions>();
     CLI::App& command = *app.add_subcommand( "run", "Run the hosts of a scenario on this machine's devices" );
-    command.add_option( "SCENARIO", options->scenarioFiles, "Files, YAML or JSON, that describe the hosts" )
-        ->required()
-        ->type_name( "FILE" );
+    CLI::Option const* const scenario =
+        command
+            .add_option(
+                "SCENARIO", options->scenarioFiles,
+                "Files, YAML or JSON, that describe the hosts; none is needed with --control"
+            )
+            ->type_name( "FILE" );
     addParsed( command, "--duration", options->duration, durationOf, "S", "End after so many seconds" );
     command
         .add_option(
@@ -68,30 +120,13 @@ addRun( CLI::App& app ) {
     addTelling( command, *options );
     addMetrics( command, *options );
     addCapture( command, *options );
-    addParsed(
-        command, "--shard", options->shard, shardOf, "K/N",
-        "Run every N-th host alone, from the K-th on; N processes run the scenario between them"
-    );
-    command
-        .add_option(
-            "--seed", options->seed,
-            "Draw what the timeline leaves to chance from this number; the same number, the same run"
-        )
-        ->type_name( "N" );
-    command
-        .add_option(
-            "--junit", options->junitFile,
-            "Write what became of the scenario's expectations, as JUnit XML; - for the standard output"
-        )
-        ->type_name( "FILE" );
-    command.add_flag(
-        "--simulate", options->simulate,
-        "Use no device: a wire in memory with queriers, and time that jumps to what happens next"
-    );
+    addShare( command, *options );
+    addExpecting( command, *options );
     command.add_flag(
         "--leave-on-exit", options->leaveOnExit,
         "Leave every group at the end, and wait until the network has been told; a second Ctrl-C ends at once"
     );
+    addControl( command, *options, *scenario );
     addTraces( command, options->traces );
     return { &command, [options] { return run( *options ); } };
 }

@@ -9,8 +9,9 @@ namespace Agent {
 void
 print( Outcome const& outcome, CtlOptions const& options ) {
     if ( options.isJson ) {
-        nlohmann::ordered_json const json = { { "hosts", namesOf( outcome.hosts ) },
-                                              { outcome.verb, outcome.objects },
+        nlohmann::ordered_json const json = { { "done", outcome.verb },
+                                              { "hosts", namesOf( outcome.hosts ) },
+                                              { "objects", outcome.objects },
                                               { "raised", outcome.raised } };
         std::cout << textOf( json ) << '\n';
         return;

@@ -26,14 +26,14 @@ struct Wanted {
 };
 
 [[noreturn]] void
-throwUnknown( std::string const& word ) {
+throwUnknown( std::string const& word, std::string const& name ) {
     std::vector<std::string_view> known;
     for ( auto const table : { IgmpHost::attributes(), IgmpHostStatus::attributes() } ) {
         for ( Kiv::Attribute const& row : table ) {
             known.emplace_back( row.name );
         }
     }
-    throw std::invalid_argument( "no attribute '" + word + "'" + suggestion( word, known ) );
+    throw std::invalid_argument( "no attribute '" + word + "'" + suggestion( name, known ) );
 }
 
 Wanted
@@ -49,7 +49,7 @@ wanted( std::string const& word ) {
     if ( Kiv::Attribute const* const row = Kiv::findAttribute( IgmpHostStatus::attributes(), name ) ) {
         return { word, row, true };
     }
-    throwUnknown( word );
+    throwUnknown( word, name );
 }
 
 Json

@@ -13,9 +13,10 @@ throwNoHost( Hosts const& present, std::string const& pattern ) {
         names.push_back( host->name().view() );
     }
     std::string const near( nearest( pattern, names ) );
-    std::string const hint = present.empty()                        ? "the agent has none"
-                             : isPattern( pattern ) || near.empty() ? "there is " + told( present )
-                                                                    : "did you mean '" + near + "'?";
+    std::string const hint = present.empty() ? "the agent has none"
+                             : isPattern( pattern ) || near.empty()
+                                 ? ( present.size() == 1 ? "there is " : "there are " ) + told( present )
+                                 : "did you mean '" + near + "'?";
     throw std::runtime_error( "no host '" + pattern + "'; " + hint );
 }
 
