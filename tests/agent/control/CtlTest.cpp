@@ -188,6 +188,7 @@ TEST_F( Ctl, SettingThatEndsTheProcessIsRefusedUnlessForced ) {
     EXPECT_EQ( output( { "get", "rx-1", "robustness" } ), "2\n" );
     EXPECT_EQ( ctl( { "set", "rx-1", "igmpVersionForced=true" } ).status, 2 );
     EXPECT_EQ( ctl( { "set", "rx-1", "mtu=57" } ).status, 2 );
+    EXPECT_EQ( ctl( { "set", "rx-1", "mtu=4294967295" } ).status, 2 );
     EXPECT_EQ( ctl( { "set", "rx-1", "v1RouterPresentTimeout=inf" } ).status, 2 );
     EXPECT_EQ( ctl( { "set", "rx-1", "robustness=0", "--force" } ).status, 0 );
     EXPECT_EQ( output( { "get", "rx-1", "robustness" } ), "0\n" );

@@ -142,7 +142,12 @@ HostWarnings::checkMtu() {
             true
         );
     } else if ( mtu > greatestMtu ) {
-        warn( IgmpHost::attrMtu, "mtu: above 65535 the room left in a packet is reckoned wrongly" );
+        warn(
+            IgmpHost::attrMtu,
+            "mtu: above 65535 the room left in a packet is reckoned wrongly, and close to 2^32 the process "
+            "ends",
+            true
+        );
     }
 }
 
