@@ -137,3 +137,13 @@ Igmp::TimerState
 Kiv::ValueTraits<Igmp::TimerState>::parse( std::string_view text ) {
     return Igmp::TimerStateInstance( Kiv::String8( text ) );
 }
+
+std::vector<std::string>
+Kiv::ValueTraits<Igmp::IgmpVersion>::texts() {
+    return enumTexts( Igmp::versions, { "1", "2", "3", "0" } );
+}
+
+std::vector<std::string>
+Kiv::ValueTraits<Igmp::TimerState>::texts() {
+    return enumTexts( Igmp::states );
+}

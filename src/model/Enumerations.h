@@ -49,6 +49,7 @@ struct Kiv::ValueTraits<Igmp::IgmpVersion> {
     static std::string format( Igmp::IgmpVersion value );
     static Igmp::IgmpVersion parse( std::string_view text );
     static Igmp::IgmpVersion fromNumber( U32 number ) { return Igmp::IgmpVersionInstance( number ); }
+    static std::vector<std::string> texts();
 };
 
 template <>
@@ -58,4 +59,5 @@ struct Kiv::ValueTraits<Igmp::TimerState> {
     static std::string format( Igmp::TimerState value );
     static Igmp::TimerState parse( std::string_view text );
     static Igmp::TimerState fromNumber( U32 number ) { return Igmp::TimerStateInstance( number ); }
+    static std::vector<std::string> texts();
 };

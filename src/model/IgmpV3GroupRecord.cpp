@@ -10,27 +10,31 @@ using Watcher = IgmpV3GroupRecord::NotifieeConst;
 
 constexpr Kiv::Attribute table[] = {
     Kiv::readOnlyAttribute<&Record::multicastAddr>(
-        Record::attrMulticastAddr, "multicastAddr", AttributeKind::argument, nullptr
+        Record::attrMulticastAddr, "multicastAddr", AttributeKind::argument, nullptr, "Address of the group"
     ),
     Kiv::scalarAttribute<&Record::filterMode, &Record::filterModeIs, &Watcher::onFilterMode>(
-        Record::attrFilterMode, "filterMode", "MODE_IS_INCLUDE"
+        Record::attrFilterMode, "filterMode", "MODE_IS_INCLUDE",
+        "include wants the sources that are named, exclude all but them"
     ),
     Kiv::containedAttribute<&Record::source, &Record::sourceIs, &Record::sourceDel>(
         Record::attrSource, "source", "Igmp::IgmpV3HostGroupSourceList"
     ),
     announcing(
         Kiv::scalarAttribute<&Record::version, &Record::versionIs, &Kiv::Entity::NotifieeConst::onVersion>(
-            Record::attrVersion, "version", "0"
+            Record::attrVersion, "version", "0",
+            "Generation of the record; a move of it makes mode and sources take effect"
         )
     ),
     Kiv::scalarAttribute<&Record::replicate, &Record::replicateIs, &Watcher::onReplicate>(
-        Record::attrReplicate, "replicate", "false"
+        Record::attrReplicate, "replicate", "false",
+        "Make the record the template of a block of groups, which the engine keeps alike"
     ),
     Kiv::scalarAttribute<&Record::replicateNumber, &Record::replicateNumberIs, &Watcher::onReplicateNumber>(
-        Record::attrReplicateNumber, "replicateNumber", "0"
+        Record::attrReplicateNumber, "replicateNumber", "0",
+        "Size of the block of a template, the template counted; below 2 there are no copies"
     ),
     Kiv::scalarAttribute<&Record::replicateGroup, &Record::replicateGroupIs, &Watcher::onReplicateGroup>(
-        Record::attrReplicateGroup, "replicateGroup", "0.0.0.0"
+        Record::attrReplicateGroup, "replicateGroup", "0.0.0.0", "On a copy: address of its template"
     ),
 };
 static_assert( Kiv::idsAscendFrom( table, 258 ) );

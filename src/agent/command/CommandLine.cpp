@@ -12,8 +12,8 @@ namespace {
 /// CLI11 has an exit status of its own for each mistake; here all of them are wrong usage.
 int
 parseAndDo( CLI::App& app, int argc, char** argv ) {
-    Verb const verbs[] = { addDemo( app ),  addRun( app ),   addModel( app ),
-                           addQuery( app ), addWatch( app ), addCtl( app ) };
+    Verb const verbs[] = { addCheck( app ), addDemo( app ),  addRun( app ), addModel( app ),
+                           addQuery( app ), addWatch( app ), addCtl( app ), addSchema( app ) };
     try {
         app.parse( argc, argv );
     } catch ( CLI::ParseError const& fault ) {

@@ -14,11 +14,13 @@ struct Verb {
 };
 
 // Each adds its subcommand; one source file each.
+Verb addCheck( CLI::App& app );
 Verb addCtl( CLI::App& app );
 Verb addDemo( CLI::App& app );
 Verb addModel( CLI::App& app );
 Verb addQuery( CLI::App& app );
 Verb addWatch( CLI::App& app );
 Verb addRun( CLI::App& app );
+Verb addSchema( CLI::App& app );
 
 } // namespace Agent

@@ -12,6 +12,7 @@
 #include "agent/output/StatusLines.h"
 #include "agent/querying/ScenarioQuerier.h"
 #include "agent/run/Leaving.h"
+#include "agent/run/MissingDevices.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
 #include "agent/run/Simulation.h"
@@ -199,6 +200,17 @@ applyOptions( RunOptions const& options, Scenario& scenario ) {
     scenario.seed = options.seed ? options.seed : scenario.seed;
 }
 
+/// Tells what is missing; true where nothing is.
+bool
+checkDevices( Scenario const& scenario ) {
+    std::vector<std::string> const missing = missingDevices( scenario );
+    for ( std::string const& one : missing ) {
+        std::cerr << "igmphost: error: there is no " << one << "; --wait-for-device waits for it"
+                  << std::endl;
+    }
+    return missing.empty();
+}
+
 } // namespace
 
 ExitStatus
@@ -222,6 +234,9 @@ run( RunOptions const& options ) {
     }
     if ( std::string const missing = missingPrivilege( scenario ); !options.simulate && !missing.empty() ) {
         std::cerr << "igmphost: error: " << missing << std::endl;
+        return exitFailed;
+    }
+    if ( !options.waitForDevice && !checkDevices( scenario ) ) {
         return exitFailed;
     }
     std::signal( SIGPIPE, SIG_IGN ); // a reader who goes away is a fault of the output, and not the end

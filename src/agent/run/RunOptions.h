@@ -28,6 +28,7 @@ struct RunOptions {
     bool metricsPerHost = false;
     std::optional<std::string> junitFile;   ///< for what the scenario expects; "-" for the standard output
     bool simulate = false;                  ///< on a wire in memory, in time that jumps
+    bool waitForDevice = false;             ///< a device that is missing at the start is no error
     bool leaveOnExit = false;               ///< the hosts leave their groups before they go
     std::optional<std::string> controlPath; ///< where the hosts can be reached while they run
     std::vector<TraceRequest> traces;

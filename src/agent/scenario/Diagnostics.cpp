@@ -23,10 +23,25 @@ Diagnostics::addRepetition(
 }
 
 void
+Diagnostics::add( Position const& at, std::string const& text, bool endsProcess ) {
+    ++size_;
+    std::string const place =
+        std::to_string( at.file ) + ":" + std::to_string( at.line ) + ":" + std::to_string( at.column ) + ":";
+    if ( told_.insert( place + text ).second ) {
+        entries_.push_back( { at, text, endsProcess } );
+    }
+}
+
+std::vector<Diagnostic>
+Diagnostics::ordered() const {
+    std::vector<Diagnostic> all = entries_;
+    std::stable_sort( all.begin(), all.end(), standsBefore );
+    return all;
+}
+
+void
 Diagnostics::print( std::ostream& out, std::vector<std::string> const& files, char const* severity ) const {
-    std::vector<Diagnostic> ordered = entries_;
-    std::stable_sort( ordered.begin(), ordered.end(), standsBefore );
-    for ( auto const& [at, text, endsProcess] : ordered ) {
+    for ( auto const& [at, text, endsProcess] : ordered() ) {
         out << files.at( at.file ) << ':';
         if ( at.line != 0 ) {
             out << at.line << ':' << at.column << ':';

@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace Agent {
@@ -21,12 +22,11 @@ struct Diagnostic {
         false; ///< a warning of what, on a packet or a change, ends the process and all its hosts
 };
 
-/// A list of complaints about scenario files, told in the order of the files.
+/// A list of complaints about scenario files, told in the order of the files. What is said of one place over
+/// and over, as where an alias is used many times, is told once.
 class Diagnostics {
   public:
-    void add( Position const& at, std::string text, bool endsProcess = false ) {
-        entries_.push_back( { at, std::move( text ), endsProcess } );
-    }
+    void add( Position const& at, std::string const& text, bool endsProcess = false );
     std::vector<Diagnostic> const& entries() const { return entries_; }
     /// "WHAT is there already, in line N".
     void addRepetition(
@@ -34,13 +34,18 @@ class Diagnostics {
         std::vector<std::string> const& files
     );
     bool empty() const { return entries_.empty(); }
-    std::size_t size() const { return entries_.size(); }
+    /// How many complaints there were, repeated ones too.
+    std::size_t size() const { return size_; }
+    /// In the order of the files.
+    std::vector<Diagnostic> ordered() const;
 
     /// One line each: "FILE:LINE:COLUMN: SEVERITY: TEXT".
     void print( std::ostream& out, std::vector<std::string> const& files, char const* severity ) const;
 
   private:
     std::vector<Diagnostic> entries_;
+    std::unordered_set<std::string> told_; ///< places with texts
+    std::size_t size_ = 0;
 };
 
 /// "line 3", or "line 3 of other.yaml" seen from a place in another file.

@@ -44,6 +44,10 @@ struct Scenario {
 
     /// How many hosts this process has, those included that are added later.
     U64 hostCount() const;
+    /// Calls `f` with each entry that this process has hosts of, the index of the first and how many; they
+    /// are as far apart as there are shares.
+    template <class F>
+    void forEachEntry( F f ) const;
     /// Calls `f` with the entry and the index of each host that this process has, in order.
     template <class F>
     void forEachHost( F f ) const;
@@ -51,14 +55,25 @@ struct Scenario {
 
 template <class F>
 void
-Scenario::forEachHost( F f ) const {
-    U64 next = shard.number - 1; // counted from the first host of the entry
+Scenario::forEachEntry( F f ) const {
+    U64 first = shard.number - 1; // counted from the first host of the entry
     for ( HostSpec const& spec : hosts ) {
-        for ( ; next < spec.count; next += shard.shards ) {
-            f( spec, static_cast<U32>( next ) );
+        U64 const taken = first < spec.count ? ( spec.count - first - 1 ) / shard.shards + 1 : 0;
+        if ( taken != 0 ) {
+            f( spec, static_cast<U32>( first ), static_cast<U32>( taken ) );
         }
-        next -= spec.count;
+        first += taken * shard.shards - spec.count;
     }
+}
+
+template <class F>
+void
+Scenario::forEachHost( F f ) const {
+    forEachEntry( [&]( HostSpec const& spec, U32 first, U32 taken ) {
+        for ( U64 i = 0; i < taken; ++i ) {
+            f( spec, static_cast<U32>( first + i * shard.shards ) );
+        }
+    } );
 }
 
 } // namespace Agent

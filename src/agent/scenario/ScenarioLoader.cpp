@@ -41,6 +41,17 @@ generation( HostSpec const& spec, Kiv::AttributeId counter, U32 present ) {
     return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : nextGeneration( present );
 }
 
+/// A version 2 host takes up the interval only where it is changed while it is enabled. On the way there it
+/// must not be 0, with which reports follow each other without a pause.
+void
+repeatInterval( HostSpec const& spec, IgmpHost& host ) {
+    if ( spec.settings.find( IgmpHost::attrUnsolicitedReportInterval ) ) {
+        Kiv::Seconds const interval = host.unsolicitedReportInterval();
+        host.unsolicitedReportIntervalIs( interval == 1.0 ? 2.0 : 1.0 );
+        host.unsolicitedReportIntervalIs( interval );
+    }
+}
+
 } // namespace
 
 Kiv::Ptr<IgmpV3GroupRecord>
@@ -75,6 +86,7 @@ startHost( HostSpec const& spec, IgmpHost& host ) {
     bool const disabled =
         spec.settings.find( IgmpHost::attrEnabled ) && !spec.settings.value<bool>( IgmpHost::attrEnabled );
     host.enabledIs( !disabled );
+    repeatInterval( spec, host );
     for ( GroupSpec const& group : spec.groups ) {
         group.groups.forEach( [&]( Zornet::IpAddr const& addr ) {
             if ( auto const record = host.v3group( addr ) ) { // a template may have deleted it

@@ -1,6 +1,5 @@
 #include "agent/scenario/ScenarioReader.h"
 
-#include <algorithm>
 #include <system_error>
 
 #include "agent/expecting/ExpectationReader.h"
@@ -37,6 +36,8 @@ class Reading {
         Agent::readExpectations( file, field );
     }
 
+    void readNothing( ScenarioFile&, YamlField const& ) {}
+
   private:
     bool isFirst( ScenarioFile& file, YamlField const& field );
     void finish( HostSpec& host );
@@ -49,25 +50,38 @@ class Reading {
 };
 
 struct TopLevelKey {
-    std::string_view name;
+    KeyRow row;
     void ( Reading::*read )( ScenarioFile& file, YamlField const& field );
 };
 
 constexpr TopLevelKey topLevelKeys[] = {
-    { "hosts", &Reading::readHosts },       { "defaults", &Reading::readDefaults },
-    { "events", &Reading::readEvents },     { "expect", &Reading::readExpectations },
-    { "duration", &Reading::readDuration }, { "seed", &Reading::readSeed },
-    { "shard", &Reading::readShard },       { "querier", &Reading::readQuerier },
+    { { "hosts", "Hosts that are there from the start",
+        R"({"type":"array","items":{"$ref":"#/definitions/host"}})" },
+      &Reading::readHosts },
+    { { "defaults", "Settings of every host, of all files, that does not have its own",
+        R"({"$ref":"#/definitions/settings"})" },
+      &Reading::readDefaults },
+    { { "events", "What happens in the course of the run",
+        R"({"type":"array","items":{"$ref":"#/definitions/event"}})" },
+      &Reading::readEvents },
+    { { "expect", "What must hold, or the command ends with status 3",
+        R"({"type":"array","items":{"$ref":"#/definitions/expectation"}})" },
+      &Reading::readExpectations },
+    { { "duration", "Seconds after which the run ends; --duration goes before it",
+        R"({"type":"number","exclusiveMinimum":0})" },
+      &Reading::readDuration },
+    { { "seed", "What the timeline leaves to chance is drawn from this number; --seed goes before it",
+        R"({"type":"integer","minimum":0})" },
+      &Reading::readSeed },
+    { { "shard", "K/N: run every N-th host alone, from the K-th on; --shard goes before it",
+        R"({"type":"string","pattern":"^[1-9][0-9]*/[1-9][0-9]*$"})" },
+      &Reading::readShard },
+    { { "querier", "A reference querier beside the hosts, on a device of its own",
+        R"({"$ref":"#/definitions/querier"})" },
+      &Reading::readQuerier },
+    { { "$schema", "Where an editor finds this schema; the command does not look", R"({"type":"string"})" },
+      &Reading::readNothing },
 };
-
-KeySet
-scenarioKeys() {
-    KeySet keys{ "a scenario", {}, {} };
-    for ( TopLevelKey const& key : topLevelKeys ) {
-        keys.known.push_back( key.name );
-    }
-    return keys;
-}
 
 void
 Reading::readPath( std::string const& path ) {
@@ -86,12 +100,13 @@ Reading::readText( std::string const& name, std::string const& text ) {
     ScenarioFile file{ name, scenario_, addressFiles_, YamlReader( index, scenario_.files, errors_ ) };
     if ( std::optional<YAML::Node> const root = file.yaml.document( text ) ) {
         YamlField const top{ "scenario", *root, { index, 1, 1 } };
-        file.yaml.readMap( top, scenarioKeys(), [&]( YamlField const& field ) {
-            auto const key = std::find_if(
-                std::begin( topLevelKeys ), std::end( topLevelKeys ),
-                [&]( TopLevelKey const& known ) { return known.name == field.key; }
-            );
-            ( this->*key->read )( file, field );
+        KeySet const keys = keySet( "a scenario", scenarioKeys() );
+        file.yaml.readMap( top, keys, [&]( YamlField const& field ) {
+            for ( TopLevelKey const& key : topLevelKeys ) {
+                if ( key.row.name == field.key ) {
+                    ( this->*key.read )( file, field );
+                }
+            }
         } );
     }
 }
@@ -105,7 +120,7 @@ Reading::readHosts( ScenarioFile& file, YamlField const& field ) {
 
 void
 Reading::readDefaults( ScenarioFile& file, YamlField const& field ) {
-    static KeySet const keys{ "the defaults of hosts", keysWith( {}, settableHostAttributes() ), {} };
+    static KeySet const keys = keySet( "the defaults of hosts", {}, settableHostAttributes() );
     file.yaml.readMap( field, keys, [&]( YamlField const& setting ) {
         if ( isFirst( file, setting ) ) {
             readSetting( file.yaml, setting, settableHostAttributes(), scenario_.defaults );
@@ -184,6 +199,18 @@ Reading::take() {
 }
 
 } // namespace
+
+std::span<KeyRow const>
+scenarioKeys() {
+    static std::vector<KeyRow> const rows = [] {
+        std::vector<KeyRow> all;
+        for ( TopLevelKey const& key : topLevelKeys ) {
+            all.push_back( key.row );
+        }
+        return all;
+    }();
+    return rows;
+}
 
 Scenario
 readScenario( std::span<std::string const> paths, Diagnostics& errors ) {

@@ -17,6 +17,12 @@ scenarioWarnings( Scenario const& scenario ) {
         link.check( host );
     }
     EventWarnings( scenario, warnings ).check();
+    if ( scenario.hostCount() == 0 && !scenario.hosts.empty() ) {
+        warnings.add(
+            { 0 }, "shard: share " + std::to_string( scenario.shard.number ) + " of " +
+                       std::to_string( scenario.shard.shards ) + " has no hosts"
+        );
+    }
     return warnings;
 }
 

@@ -168,7 +168,7 @@ EventReader::readFlag( YamlField const& field ) {
 
 void
 EventReader::readSettings( YamlField const& field ) {
-    static KeySet const keys{ "what a host is set to", keysWith( {}, settableHostAttributes() ), {} };
+    static KeySet const keys = keySet( "what a host is set to", {}, settableHostAttributes() );
     event_.values.at = field.at;
     file_.yaml.readMap( field, keys, [this]( YamlField const& setting ) {
         readSetting( file_.yaml, setting, settableHostAttributes(), event_.values.settings );

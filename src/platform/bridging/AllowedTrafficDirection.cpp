@@ -48,3 +48,8 @@ operator<<( std::ostream& out, AllowedTrafficDirection direction ) {
 }
 
 } // namespace Bridging
+
+std::vector<std::string>
+Kiv::ValueTraits<Bridging::AllowedTrafficDirection>::texts() {
+    return enumTexts( Bridging::names );
+}

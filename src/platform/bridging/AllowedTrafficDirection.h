@@ -41,4 +41,5 @@ struct Kiv::ValueTraits<Bridging::AllowedTrafficDirection> {
     static Bridging::AllowedTrafficDirection fromNumber( U32 number ) {
         return Bridging::allowedTrafficDirection( number );
     }
+    static std::vector<std::string> texts();
 };

@@ -40,6 +40,7 @@ struct Attribute {
     CollectionOps const* collection = nullptr;
     /// A change of it makes what else was changed on the object take effect, so a replica gets it last.
     bool announces = false;
+    char const* help = nullptr; ///< one line for users: meaning, unit, range
 
     bool isWritable() const { return write != nullptr; }
 };
@@ -47,28 +48,32 @@ struct Attribute {
 /// A row for a value that can be read only.
 template <auto reader>
 constexpr Attribute
-readOnlyAttribute( AttributeId id, char const* name, AttributeKind kind, char const* defaultText ) {
+readOnlyAttribute(
+    AttributeId id, char const* name, AttributeKind kind, char const* defaultText, char const* help = nullptr
+) {
     using Class = typename ReaderTraits<decltype( reader )>::Class;
     using T = typename ReaderTraits<decltype( reader )>::Value;
-    return { id,
-             name,
-             kind,
-             &valueType<T>,
-             defaultText,
-             []( PtrInterface const& object ) {
-                 return std::any( T( ( objectAs<Class>( object ).*reader )() ) );
-             },
-             nullptr,
-             nullptr };
+    Attribute row{ id,
+                   name,
+                   kind,
+                   &valueType<T>,
+                   defaultText,
+                   []( PtrInterface const& object ) {
+                       return std::any( T( ( objectAs<Class>( object ).*reader )() ) );
+                   },
+                   nullptr,
+                   nullptr };
+    row.help = help;
+    return row;
 }
 
 /// A row for a stored, writable scalar.
 template <auto reader, auto mutator, auto callback>
 constexpr Attribute
-scalarAttribute( AttributeId id, char const* name, char const* defaultText ) {
+scalarAttribute( AttributeId id, char const* name, char const* defaultText, char const* help = nullptr ) {
     using Class = typename ReaderTraits<decltype( reader )>::Class;
     using T = typename ReaderTraits<decltype( reader )>::Value;
-    Attribute row = readOnlyAttribute<reader>( id, name, AttributeKind::scalar, defaultText );
+    Attribute row = readOnlyAttribute<reader>( id, name, AttributeKind::scalar, defaultText, help );
     row.write = []( PtrInterface& object, std::any const& value ) {
         ( static_cast<Class&>( object ).*mutator )( std::any_cast<T const&>( value ) );
     };

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/kiv/Value.h"
 
@@ -25,6 +26,16 @@ enumText( EnumName<E> const ( &names )[count], char const* typeName, E value ) {
         }
     }
     return std::string( typeName ) + "(" + std::to_string( static_cast<S32>( value ) ) + ")";
+}
+
+/// The texts of the table, behind others that are taken.
+template <class E, std::size_t count>
+std::vector<std::string>
+enumTexts( EnumName<E> const ( &names )[count], std::vector<std::string> texts = {} ) {
+    for ( EnumName<E> const& name : names ) {
+        texts.emplace_back( name.text );
+    }
+    return texts;
 }
 
 /// The enumerator of that text. Raises RangeException naming the texts of the table for any other.

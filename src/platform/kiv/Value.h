@@ -3,6 +3,7 @@
 #include <any>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/kiv/TextForm.h"
 #include "platform/kiv/Types.h"
@@ -20,6 +21,7 @@ enum class ValueForm { boolean, unsignedInteger, real, enumeration, text };
 ///     static T parse( std::string_view );     raises RangeException naming what was expected
 /// and, for an enumeration that not every number belongs to,
 ///     static T fromNumber( U32 );             raises RangeException
+///     static std::vector<std::string> texts();  of an enumeration: all that parse() takes, shortest first
 template <class T>
 struct ValueTraits;
 
@@ -34,6 +36,8 @@ struct ValueType {
     /// The value on a stream. Reading raises RangeException or AttrLogRecordException.
     void ( *out )( NboAttrLog::Out& out, std::any const& value );
     std::any ( *in )( NboAttrLog::In& in );
+    /// Of an enumeration: every text that parse() takes, for a help text or a schema. Else none.
+    std::vector<std::string> ( *texts )();
 
     /// The text form: canonical text, between quotes unless the value is a number or a truth value.
     String8 strep( std::any const& value ) const;
@@ -55,6 +59,16 @@ readValue( String8::IteratorConst& at, String8::IteratorConst const& end ) {
 }
 
 template <class T>
+std::vector<std::string>
+valueTexts() {
+    if constexpr ( ValueTraits<T>::form == ValueForm::enumeration ) {
+        return ValueTraits<T>::texts();
+    } else {
+        return {};
+    }
+}
+
+template <class T>
 inline constexpr ValueType valueType{
     ValueTraits<T>::name,
     ValueTraits<T>::form,
@@ -65,6 +79,7 @@ inline constexpr ValueType valueType{
         NboAttrLog::valueOut( out, std::any_cast<T const&>( value ) );
     },
     []( NboAttrLog::In& in ) { return std::any( NboAttrLog::valueIn<T>( in ) ); },
+    &valueTexts<T>,
 };
 
 /// Parses a whole unsigned number of at most `max`. Raises RangeException naming the type and the range.

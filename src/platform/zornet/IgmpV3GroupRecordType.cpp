@@ -53,3 +53,8 @@ operator<<( std::ostream& out, IgmpV3GroupRecordType type ) {
 }
 
 } // namespace Zornet
+
+std::vector<std::string>
+Kiv::ValueTraits<Zornet::IgmpV3GroupRecordType>::texts() {
+    return enumTexts( Zornet::names, { "include", "exclude" } );
+}

@@ -41,4 +41,5 @@ struct Kiv::ValueTraits<Zornet::IgmpV3GroupRecordType> {
     static Zornet::IgmpV3GroupRecordType parse( std::string_view text ) {
         return Zornet::igmpV3GroupRecordType( text );
     }
+    static std::vector<std::string> texts();
 };

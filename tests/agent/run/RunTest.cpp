@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 
@@ -121,8 +122,44 @@ TEST_F( Run, HostsOfVersion3AreTaken ) {
     EXPECT_GE( status["hosts"]["rx-1"]["v3StateChangeReportSent"], 1 );
 }
 
-TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {
+TEST_F( Run, MissingDeviceKeepsItFromBeginning ) {
     AgentProcess agent( { "run", scenario() } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_EQ(
+        agent.written( AgentProcess::errors ),
+        "igmphost: error: there is no device near0 in " + near_->name() + "; --wait-for-device waits for it\n"
+    );
+}
+
+TEST_F( Run, MissingNamespaceKeepsItFromBeginning ) {
+    std::string const path = scenario();
+    std::string const name = near_->name();
+    near_.reset();
+    AgentProcess agent( { "run", path } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_EQ(
+        agent.written( AgentProcess::errors ),
+        "igmphost: error: there is no namespace " + name + "; --wait-for-device waits for it\n"
+    );
+}
+
+TEST_F( Run, TwoSharesDoTogetherWhatOneDoes ) {
+    cableIs();
+    std::string const path = scenario();
+    std::map<std::string, int> reports;
+    for ( char const* const shard : { "1/2", "2/2" } ) {
+        AgentProcess agent( { "run", path, "--shard", shard, "--status", "-", "--duration", "0.02" } );
+        EXPECT_EQ( agent.exitStatus(), 0 );
+        Json const hosts = Json::parse( agent.written( AgentProcess::output ) ).at( "hosts" );
+        for ( auto const& [name, status] : hosts.items() ) {
+            reports[name] += status["v2ReportsSent"].get<int>();
+        }
+    }
+    EXPECT_EQ( reports, ( std::map<std::string, int>{ { "rx-1", 11 }, { "rx-2", 11 }, { "rx-3", 11 } } ) );
+}
+
+TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {
+    AgentProcess agent( { "run", scenario(), "--wait-for-device" } );
     std::string const device = "device near0 in " + near_->name();
     ASSERT_TRUE( agent.waitFor(
         AgentProcess::errors, "igmphost: error: " + device + ": no such device; waiting for it\n"
@@ -180,6 +217,7 @@ TEST_F( Run, WarningsAreToldAndTheRunGoesOn ) {
 }
 
 TEST_F( Run, StatusThatCannotBeWrittenIsToldBeforeAnythingBegins ) {
+    cableIs();
     AgentProcess agent( { "run", scenario(), "--status", folder_.file( "none/status" ), "--duration", "0.01" }
     );
     EXPECT_EQ( agent.exitStatus(), 1 );
@@ -190,6 +228,7 @@ TEST_F( Run, StatusThatCannotBeWrittenIsToldBeforeAnythingBegins ) {
 }
 
 TEST_F( Run, StatusThatCannotBeWrittenInTheEndIsAFailure ) {
+    cableIs();
     AgentProcess agent( { "run", scenario(), "--status", "/dev/full", "--duration", "0.01" } );
     EXPECT_EQ( agent.exitStatus(), 1 );
     EXPECT_THAT(

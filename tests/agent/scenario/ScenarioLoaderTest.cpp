@@ -25,6 +25,9 @@ class ScenarioLoader : public Support::SimulatedTest {
         startHosts( scenario_, dir() );
     }
     Igmp::IgmpHostDir& dir() { return emulation_.hostDir(); }
+    Igmp::IgmpHostStatus& status( char const* name ) {
+        return *emulation_.statusDir().igmpHostStatus( name );
+    }
     IgmpHost& host( char const* name ) { return *dir().igmpHost( name ); }
     std::vector<std::string> sent( char const* device = "eth0" ) {
         std::vector<std::string> texts;
@@ -139,6 +142,23 @@ TEST_F( ScenarioLoader, CountersThatAreSetGetTheirNumbers ) {
     loadAndStart( "hosts: [ { name: a, configVersion: 7, intfConfigVersion: 0, deviceName: eth0 } ]" );
     EXPECT_EQ( host( "a" ).configVersion(), 7U );
     EXPECT_EQ( openPorts(), 0U );
+}
+
+TEST_F( ScenarioLoader, IntervalIsInForceFromTheStartInEveryVersion ) {
+    loadAndStart(
+        "hosts: [ { name: a, deviceName: eth0, igmpVersion: 1 }, { name: b, deviceName: eth0, igmpVersion: 2 "
+        "},"
+        " { name: c, deviceName: eth0, igmpVersion: 3 } ]\ndefaults: { unsolicitedReportInterval: 3 }"
+    );
+    for ( char const* const name : { "a", "b", "c" } ) {
+        EXPECT_EQ( status( name ).unsolicitedReportInterval(), 3.0 ) << name;
+    }
+}
+
+TEST_F( ScenarioLoader, ShareHasItsHostsAlone ) {
+    load( std::string( twoHosts ) + "shard: 2/2" );
+    EXPECT_EQ( dir().igmpHosts(), 1U );
+    EXPECT_EQ( host( "rx-2" ).ipAddr(), IpAddr( "10.0.0.2" ) );
 }
 
 TEST_F( ScenarioLoader, TemplateMakesItsCopies ) {

@@ -24,12 +24,17 @@ scenarioOf( std::string const& text ) {
     return scenario;
 }
 
+inline std::string
+linesOf( std::vector<std::string> const& files, Diagnostics const& diagnostics ) {
+    std::ostringstream told;
+    diagnostics.print( told, files, "error" );
+    return told.str();
+}
+
 /// What is said of a text: a line for each error, without the name of the file.
 inline std::string
 linesOf( Diagnostics const& diagnostics ) {
-    std::ostringstream told;
-    diagnostics.print( told, { "" }, "error" );
-    return told.str();
+    return linesOf( { "" }, diagnostics );
 }
 
 inline std::string

@@ -93,6 +93,19 @@ INSTANTIATE_TEST_SUITE_P(
             "enablePeriodicReport: true",
             ":3:29: error: enablePeriodicReport: without unsolicitedReportInterval reports follow each other "
             "without a pause\n" },
+        Regret{ "v1RouterPresentTimeout: -1",
+                ":3:31: error: v1RouterPresentTimeout: below 0 no time passes\n" },
+        Regret{ "unsolicitedReportInterval: -0.5",
+                ":3:34: error: unsolicitedReportInterval: below 0 no time passes\n" },
+        Regret{
+            "blocked: true",
+            ":3:16: error: blocked: a version 3 host drops its answers, and answers no query later either "
+            "until it is disabled and enabled\n" },
+        Regret{
+            "direction: ingress",
+            ":3:18: error: direction: with ingress a version 3 host drops its answers, and answers no query "
+            "later either until it is disabled and enabled\n" },
+        Regret{ "intfId: port", ":3:15: error: intfId has no effect without tagged and useMux\n" },
         Regret{ "useMux: true", ":3:15: error: useMux has no effect without tagged\n" },
         Regret{ "vlanId: 5", ":3:15: error: vlanId has no effect without tagged\n" },
         Regret{
@@ -131,6 +144,10 @@ INSTANTIATE_TEST_SUITE_P(
                 "10.1.1.1: outside 224.0.0.0/4 there are no multicast groups\n" },
         Regret{ "multicastAddr: 239.255.255.255, filterMode: exclude, count: 2",
                 "239.255.255.255: outside 224.0.0.0/4 there are no multicast groups\n" },
+        Regret{ "multicastAddr: 232.1.1.1",
+                "232.1.1.1: routers take a join of 232.0.0.0/8 for named sources alone (RFC 4604)\n" },
+        Regret{ "multicastAddr: 239.1.1.1, sources: 239.1.1.1",
+                "239.1.1.1: a multicast address, or 0.0.0.0, is no source of packets\n" },
         Regret{ "multicastAddr: 224.0.0.5, filterMode: exclude",
                 "224.0.0.5: routers and snooping switches do not keep track of 224.0.0.0/24 (RFC 4541)\n" },
         Regret{ "multicastAddr: 239.1.1.1, filterMode: include",
@@ -164,6 +181,30 @@ TEST( Warnings, AddressesThatAreNoSourcesAreTold ) {
         ),
         ":1:29: error: ipAddr: a multicast address is no source of packets\n"
         ":1:49: error: macAddr: a group address is no source of frames, and switches drop them\n"
+    );
+}
+
+TEST( Warnings, DeviceNameThatNoneCanHaveIsTold ) {
+    EXPECT_EQ(
+        warningsOf( "hosts: [ { name: a, ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', deviceName: "
+                    "sixteen-bytes-xy } ]" ),
+        ":1:81: error: deviceName: no device has a name of more than 15 bytes\n"
+    );
+}
+
+TEST( Warnings, OfADefaultAreToldOnce ) {
+    EXPECT_EQ(
+        warningsOf(
+            "hosts: [ { name: a, ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01' }, { name: b, ipAddr: "
+            "10.0.0.2, macAddr: '02:00:00:00:00:02' } ]\ndefaults: { deviceName: e, robustness: 0 }"
+        ),
+        ":2:40: error: robustness: 0 ends the process when sources change in version 3\n"
+    );
+}
+
+TEST( Warnings, ShareWithoutHostsIsTold ) {
+    EXPECT_EQ(
+        warningsOf( hostWith( "mtu: 1500" ) + "shard: 2/2" ), ": error: shard: share 2 of 2 has no hosts\n"
     );
 }
 

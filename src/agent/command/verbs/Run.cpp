@@ -123,6 +123,10 @@ addRun( CLI::App& app ) {
     addShare( command, *options );
     addExpecting( command, *options );
     command.add_flag(
+        "--wait-for-device", options->waitForDevice,
+        "Begin although a device or its namespace is missing, and take it up when it appears"
+    );
+    command.add_flag(
         "--leave-on-exit", options->leaveOnExit,
         "Leave every group at the end, and wait until the network has been told; a second Ctrl-C ends at once"
     );

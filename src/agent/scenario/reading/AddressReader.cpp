@@ -1,5 +1,7 @@
 #include "agent/scenario/reading/AddressReader.h"
 
+#include "agent/scenario/reading/SettingReader.h"
+
 namespace Agent {
 
 namespace {
@@ -64,20 +66,33 @@ readEntry( ScenarioFile& file, YamlField const& field, AddressWords const& words
         return readRange( file, field, words );
     }
     AddressKeys keys( file, words );
-    file.yaml.readMap( field, { words.what, keys.names(), {} }, [&]( YamlField const& key ) {
-        keys.take( key );
-    } );
+    KeySet const known = keySet( words.what, AddressKeys::rows( words ) );
+    file.yaml.readMap( field, known, [&]( YamlField const& key ) { keys.take( key ); } );
     return keys.addresses( field );
 }
 
 } // namespace
 
+std::vector<KeyRow>
+AddressKeys::rows( AddressWords const& words ) {
+    return {
+        { words.key, words.help, R"({"$ref":"#/definitions/range"})" },
+        { "file",
+          "File of addresses and ranges, one a line, '#' begins a comment; the path is seen from this file",
+          R"({"type":"string"})" },
+        { "count", "How many addresses; without it a range is taken whole, and an address alone",
+          R"({"type":"integer","minimum":1,"maximum":1000000})" },
+        { "step", "From one address to the next [1]",
+          R"({"type":"integer","minimum":1,"maximum":4294967295})" },
+    };
+}
+
 bool
 AddressKeys::take( YamlField const& field ) {
     std::optional<YamlField>* const slots[] = { &addr_, &path_, &count_, &step_ };
     std::size_t i = 0;
-    for ( std::string_view const name : names() ) {
-        if ( field.key == name ) {
+    for ( KeyRow const& row : rows( words_ ) ) {
+        if ( field.key == row.name ) {
             slots[i]->emplace( field );
             return true;
         }

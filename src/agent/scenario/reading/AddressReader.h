@@ -1,5 +1,6 @@
 #pragma once
 
+#include "agent/scenario/KeyRow.h"
 #include "agent/scenario/reading/ScenarioFile.h"
 
 namespace Agent {
@@ -9,10 +10,13 @@ struct AddressWords {
     char const* key;  ///< that names an address or a range
     char const* noun; ///< for one of them
     char const* what; ///< one entry of them is
+    char const* help; ///< for the key
 };
 
-inline constexpr AddressWords groupWords{ "multicastAddr", "group", "a group" };
-inline constexpr AddressWords sourceWords{ "sourceIp", "source", "a source" };
+inline constexpr AddressWords groupWords{ "multicastAddr", "group", "a group",
+                                          "Address of the group, or a range of groups" };
+inline constexpr AddressWords sourceWords{ "sourceIp", "source", "a source",
+                                           "Address of the source, or a range of sources" };
 
 /// The keys of one map that say which addresses it is about: an address or a range, with `count` and `step`,
 /// or a file.
@@ -20,8 +24,8 @@ class AddressKeys {
   public:
     AddressKeys( ScenarioFile& file, AddressWords const& words ) : file_( file ), words_( words ) {}
 
-    /// The names of the keys.
-    std::vector<std::string_view> names() const { return { words_.key, "file", "count", "step" }; }
+    /// The keys themselves.
+    static std::vector<KeyRow> rows( AddressWords const& words );
     /// Keeps a field that is one of these keys; false, with nothing done, for any other.
     bool take( YamlField const& field );
     /// The addresses, once every key of `map` has been seen. None, told, where the keys have an error.

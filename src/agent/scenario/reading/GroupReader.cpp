@@ -22,11 +22,11 @@ joinIfNotTold( GroupSpec& spec ) {
 }
 
 KeySet const&
-groupKeys( AddressKeys const& addressKeys ) {
-    static KeySet const keys = [&] {
-        std::vector<std::string_view> names = addressKeys.names();
-        names.emplace_back( "sources" );
-        return KeySet{ groupWords.what, keysWith( names, settableGroupAttributes() ), {} };
+groupKeySet() {
+    static KeySet const keys = [] {
+        std::vector<KeyRow> rows = AddressKeys::rows( groupWords );
+        rows.insert( rows.end(), groupKeys().begin(), groupKeys().end() );
+        return keySet( groupWords.what, rows, settableGroupAttributes() );
     }();
     return keys;
 }
@@ -34,7 +34,7 @@ groupKeys( AddressKeys const& addressKeys ) {
 void
 readGroupMap( ScenarioFile& file, YamlField const& group, GroupSpec& spec ) {
     AddressKeys addressKeys( file, groupWords );
-    file.yaml.readMap( group, groupKeys( addressKeys ), [&]( YamlField const& field ) {
+    file.yaml.readMap( group, groupKeySet(), [&]( YamlField const& field ) {
         if ( field.key == "sources" ) {
             spec.sources = readAddresses( file, field, sourceWords );
         } else if ( !addressKeys.take( field ) ) {
@@ -72,6 +72,16 @@ checkOverlaps( ScenarioFile& file, std::vector<GroupSpec> const& groups ) {
 }
 
 } // namespace
+
+std::span<KeyRow const>
+groupKeys() {
+    static constexpr KeyRow rows[] = {
+        { "sources",
+          "Sources that filterMode is about, in version 3: an address, a range, a map or a list of such",
+          R"({"$ref":"#/definitions/sources"})" },
+    };
+    return rows;
+}
 
 void
 readGroups( ScenarioFile& file, YamlField const& field, std::vector<GroupSpec>& groups ) {

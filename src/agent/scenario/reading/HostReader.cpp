@@ -20,14 +20,6 @@ textOf( T const& value ) {
     return Kiv::ValueTraits<T>::format( value );
 }
 
-KeySet const&
-hostKeys() {
-    static KeySet const keys{ "a host",
-                              keysWith( { "name", "count", "groups", "vlanStep" }, settableHostAttributes() ),
-                              { "name" } };
-    return keys;
-}
-
 void
 readName( ScenarioFile& file, YamlField const& field, HostSpec& spec ) {
     spec.at = field.at;
@@ -64,13 +56,27 @@ checkRange(
 
 } // namespace
 
+std::span<KeyRow const>
+hostKeys() {
+    static constexpr KeyRow rows[] = {
+        { "name", "Name of the host; with count above 1 the hosts are called NAME-1, NAME-2, ...",
+          R"({"type":["string","integer"],"minLength":1})", true },
+        { "count", "Number of hosts like this; ipAddr and macAddr step by one from host to host [1]",
+          R"({"type":"integer","minimum":1,"maximum":1000000})" },
+        { "groups", "Groups that the host joins: an address, a range, a map or a list of such",
+          R"({"$ref":"#/definitions/groups"})" },
+        { "vlanStep", "By how much vlanId steps from host to host [0]",
+          R"({"type":"integer","minimum":0,"maximum":65535})" },
+    };
+    return rows;
+}
+
 HostSpec
 readHost( ScenarioFile& file, YamlField const& host ) {
     HostSpec spec;
     spec.at = host.at;
-    file.yaml.readMap( host, hostKeys(), [&]( YamlField const& field ) {
-        readHostKey( file, field, spec );
-    } );
+    static KeySet const keys = keySet( "a host", hostKeys(), settableHostAttributes() );
+    file.yaml.readMap( host, keys, [&]( YamlField const& field ) { readHostKey( file, field, spec ); } );
     return spec;
 }
 

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "agent/scenario/KeyRow.h"
 #include "agent/scenario/reading/ScenarioFile.h"
 
 namespace Agent {
+
+/// The keys of a host beside its attributes.
+std::span<KeyRow const> hostKeys();
 
 /// Reads one entry of hosts. Every error is told, but for what depends on other entries.
 HostSpec readHost( ScenarioFile& file, YamlField const& host );

@@ -42,14 +42,6 @@ settableGroupAttributes() {
     return attributes;
 }
 
-std::vector<std::string_view>
-keysWith( std::vector<std::string_view> own, std::span<Kiv::Attribute const* const> attributes ) {
-    for ( Kiv::Attribute const* const attribute : attributes ) {
-        own.emplace_back( attribute->name );
-    }
-    return own;
-}
-
 KeySet
 keySet( char const* what, std::span<KeyRow const> rows, std::span<Kiv::Attribute const* const> attributes ) {
     KeySet keys{ what, {}, {} };

@@ -10,10 +10,6 @@ namespace Agent {
 std::span<Kiv::Attribute const* const> settableHostAttributes();
 std::span<Kiv::Attribute const* const> settableGroupAttributes();
 
-/// Their names, behind those of other keys.
-std::vector<std::string_view>
-keysWith( std::vector<std::string_view> own, std::span<Kiv::Attribute const* const> attributes );
-
 /// The keys of a map that has those rows and attributes.
 KeySet keySet(
     char const* what, std::span<KeyRow const> rows, std::span<Kiv::Attribute const* const> attributes = {}

@@ -32,6 +32,9 @@ plainText( std::string_view text, Kiv::ValueType const& type ) {
 
 std::optional<YAML::Node>
 YamlReader::document( std::string const& text ) {
+    if ( !checkCharacters( text ) ) {
+        return {};
+    }
     try {
         std::vector<YAML::Node> const documents = YAML::LoadAll( text );
         if ( documents.size() > 1 ) {
@@ -41,10 +44,45 @@ YamlReader::document( std::string const& text ) {
         return documents.empty() ? YAML::Node() : documents.front();
     } catch ( YAML::DeepRecursion const& deep ) {
         error( at( deep.mark ), "nested too deeply" );
-    } catch ( YAML::ParserException const& fault ) {
+    } catch ( YAML::Exception const& fault ) {
         error( at( fault.mark ), "not YAML: " + fault.msg );
     }
     return {};
+}
+
+/// YAML is text; the parser would end at some of these, as if the file did (YAML 1.2, section 5.1).
+bool
+YamlReader::checkCharacters( std::string const& text ) {
+    auto const isControl = []( char c ) {
+        return ( static_cast<unsigned char>( c ) < ' ' && c != '\t' && c != '\n' && c != '\r' ) || c == 0x7f;
+    };
+    auto const found = std::find_if( text.begin(), text.end(), isControl );
+    if ( found == text.end() ) {
+        return true;
+    }
+    std::string_view const before( text.data(), static_cast<std::size_t>( found - text.begin() ) );
+    Position const place{ file_, static_cast<int>( std::count( before.begin(), before.end(), '\n' ) ) + 1,
+                          static_cast<int>( before.size() - ( before.rfind( '\n' ) + 1 ) ) + 1 };
+    error( place, "not YAML: expected text, found a byte " + std::to_string( *found ) );
+    return false;
+}
+
+/// Each use of an alias is read anew, so a short text could stand for a document without end.
+bool
+YamlReader::isWithinBounds( YamlField const& field ) {
+    constexpr std::size_t mostFields = 5'000'000;
+    if ( fields_ < mostFields ) {
+        ++fields_;
+        return true;
+    }
+    if ( !boundTold_ ) {
+        error(
+            field.at, "the scenario has more than " + std::to_string( mostFields ) +
+                          " values; aliases count wherever they are used"
+        );
+        boundTold_ = true;
+    }
+    return false;
 }
 
 Position
@@ -73,7 +111,7 @@ YamlReader::readMap(
         auto const [first, isNew] = seen.emplace( field.key, keyAt );
         if ( !isNew ) {
             repetition( keyAt, "key '" + field.key + "'", first->second );
-        } else if ( checkKey( { field.key, pair.first, keyAt }, keys ) ) {
+        } else if ( checkKey( { field.key, pair.first, keyAt }, keys ) && isWithinBounds( field ) ) {
             read( field );
         }
     }
@@ -108,7 +146,10 @@ YamlReader::readList( YamlField const& list, Kiv::FunctionRef<void( YamlField co
         return;
     }
     for ( YAML::Node const& element : list.value ) {
-        read( { list.key, element, element.IsNull() ? list.at : at( element ) } );
+        YamlField const field{ list.key, element, element.IsNull() ? list.at : at( element ) };
+        if ( isWithinBounds( field ) ) {
+            read( field );
+        }
     }
 }
 

@@ -68,12 +68,16 @@ class YamlReader {
   private:
     void refused( YamlField const& field, Kiv::RangeException const& fault );
     Position at( YAML::Mark const& mark ) const;
+    bool checkCharacters( std::string const& text );
+    bool isWithinBounds( YamlField const& field );
     void expected( YamlField const& field, std::string const& what );
     bool checkKey( YamlField const& field, KeySet const& keys );
 
     std::size_t file_;
     std::vector<std::string> const& files_;
     Diagnostics& errors_;
+    std::size_t fields_ = 0; ///< read so far
+    bool boundTold_ = false;
 };
 
 } // namespace Agent

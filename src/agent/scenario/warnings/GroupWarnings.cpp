@@ -51,11 +51,15 @@ void
 GroupWarnings::checkAddress( GroupSpec const& group ) {
     constexpr U32 linkLocal = 0xe0000000; // 224.0.0.0/24
     constexpr U32 networkOf24 = 0xffffff00;
+    constexpr U32 sourceSpecific = 0xe8000000; // 232.0.0.0/8
+    constexpr U32 networkOf8 = 0xff000000;
     IpAddr const lowest = group.groups.lowest();
     if ( !lowest.isMulticast() || !group.groups.highest().isMulticast() ) {
         warn( group, ": outside 224.0.0.0/4 there are no multicast groups" );
     } else if ( ( lowest.hostOrder() & networkOf24 ) == linkLocal ) {
         warn( group, ": routers and snooping switches do not keep track of 224.0.0.0/24 (RFC 4541)" );
+    } else if ( ( lowest.hostOrder() & networkOf8 ) == sourceSpecific && filterMode( group ) == IgmpV3GroupRecord::exclude ) {
+        warn( group, ": routers take a join of 232.0.0.0/8 for named sources alone (RFC 4604)" );
     }
 }
 
@@ -73,6 +77,9 @@ void
 GroupWarnings::checkSources( GroupSpec const& group ) {
     if ( group.sources.empty() ) {
         return;
+    }
+    if ( group.sources.highest().isMulticast() || group.sources.lowest().isZero() ) {
+        warn( group, ": a multicast address, or 0.0.0.0, is no source of packets" );
     }
     if ( host_.settings.value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) != Igmp::igmpVersion3 ) {
         warn( group, ": before version 3 a host joins a group for every source; sources have no effect" );

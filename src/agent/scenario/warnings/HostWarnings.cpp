@@ -1,5 +1,7 @@
 #include "agent/scenario/warnings/HostWarnings.h"
 
+#include <net/if.h>
+
 #include "agent/scenario/warnings/FrameSizes.h"
 
 namespace Agent {
@@ -17,6 +19,8 @@ HostWarnings::check() {
     checkRobustness();
     checkMtu();
     checkPeriodicReport();
+    checkTimes();
+    checkSilence();
 }
 
 void
@@ -45,8 +49,11 @@ HostWarnings::checkAddresses() {
 
 void
 HostWarnings::checkBinding() {
-    if ( value<Kiv::String8>( IgmpHost::attrDeviceName ).empty() ) {
+    std::size_t const nameBytes = value<Kiv::String8>( IgmpHost::attrDeviceName ).view().size();
+    if ( nameBytes == 0 ) {
         warn( IgmpHost::attrDeviceName, "without deviceName the host is on no wire" );
+    } else if ( nameBytes >= IF_NAMESIZE ) {
+        warn( IgmpHost::attrDeviceName, "deviceName: no device has a name of more than 15 bytes" );
     }
     if ( spec_.settings.find( IgmpHost::attrIntfConfigVersion ) &&
          value<U32>( IgmpHost::attrIntfConfigVersion ) == 0 ) {
@@ -65,6 +72,10 @@ HostWarnings::checkBinding() {
 void
 HostWarnings::checkTag() {
     constexpr U64 lastVlan = 4094;
+    bool const shared = value<bool>( IgmpHost::attrTagged ) && value<bool>( IgmpHost::attrUseMux );
+    if ( !shared && !value<Zornet::IntfId>( IgmpHost::attrIntfId ).name().empty() ) {
+        warn( IgmpHost::attrIntfId, "intfId has no effect without tagged and useMux" );
+    }
     if ( !value<bool>( IgmpHost::attrTagged ) ) {
         if ( value<bool>( IgmpHost::attrUseMux ) ) {
             warn( IgmpHost::attrUseMux, "useMux has no effect without tagged" );
@@ -160,6 +171,34 @@ HostWarnings::checkPeriodicReport() {
             "enablePeriodicReport: without unsolicitedReportInterval reports follow each other without a "
             "pause"
         );
+    }
+}
+
+void
+HostWarnings::checkTimes() {
+    for ( Kiv::AttributeId const id :
+          { IgmpHost::attrV1RouterPresentTimeout, IgmpHost::attrV2RouterPresentTimeout,
+            IgmpHost::attrUnsolicitedReportInterval } ) {
+        if ( value<Seconds>( id ) < 0.0 ) {
+            warn(
+                id, std::string( spec_.settings.find( id )->attribute->name ) + ": below 0 no time passes"
+            );
+        }
+    }
+}
+
+/// Once an answer of version 3 was due, its timer answers nothing more.
+void
+HostWarnings::checkSilence() {
+    if ( value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) != Igmp::igmpVersion3 ) {
+        return;
+    }
+    constexpr char deaf[] = " a version 3 host drops its answers, and answers no query later either until it "
+                            "is disabled and enabled";
+    if ( value<bool>( IgmpHost::attrBlocked ) ) {
+        warn( IgmpHost::attrBlocked, std::string( "blocked:" ) + deaf );
+    } else if ( value<Bridging::AllowedTrafficDirection>( IgmpHost::attrDirection ) == Bridging::AllowedTrafficDirection::ingress ) {
+        warn( IgmpHost::attrDirection, std::string( "direction: with ingress" ) + deaf );
     }
 }
 

@@ -19,6 +19,8 @@ class HostWarnings {
     void checkRobustness();
     void checkMtu();
     void checkPeriodicReport();
+    void checkTimes();
+    void checkSilence();
 
     template <class T>
     T value( Kiv::AttributeId id ) const {

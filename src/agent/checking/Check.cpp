@@ -1,0 +1,174 @@
+#include "agent/checking/Check.h"
+
+#include <iostream>
+#include <nlohmann/json.hpp>
+
+#include "agent/checking/ScenarioSummary.h"
+#include "agent/scenario/ScenarioReader.h"
+#include "agent/scenario/Warnings.h"
+
+namespace Agent {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// "1 host", "2 hosts".
+std::string
+counted( U64 count, std::string const& noun ) {
+    return std::to_string( count ) + " " + noun + ( count == 1 ? "" : "s" );
+}
+
+std::string
+hostsText( ScenarioSummary const& summary, Shard const& shard ) {
+    std::string text = std::to_string( summary.hosts );
+    if ( shard.shards != 1 ) {
+        text += " of " + std::to_string( summary.allHosts ) + ", share " + std::to_string( shard.number ) +
+                "/" + std::to_string( shard.shards );
+    }
+    char const* separator = " (";
+    for ( std::size_t version = 0; version < summary.hostsOfVersion.size(); ++version ) {
+        if ( U64 const hosts = summary.hostsOfVersion.at( version ); hosts != 0 ) {
+            text += separator + std::to_string( hosts ) + " of version " + std::to_string( version );
+            separator = ", ";
+        }
+    }
+    return text + ( summary.hosts == 0 ? "" : ")" );
+}
+
+std::string
+deviceText( DeviceSummary const& device ) {
+    std::string text = counted( device.hosts, "host" );
+    if ( std::string const vlans = device.vlanRanges(); !vlans.empty() ) {
+        text += device.untagged == 0 ? "" : ", " + std::to_string( device.untagged ) + " of them untagged";
+        text += ", VLAN " + vlans;
+    }
+    return text;
+}
+
+void
+line( std::ostream& out, char const* name, std::string const& text ) {
+    out << std::string( name ) + ":" + std::string( 15 - std::string_view( name ).size(), ' ' ) << text
+        << '\n';
+}
+
+void
+writeText( std::ostream& out, Scenario const& scenario, ScenarioSummary const& summary ) {
+    line( out, "hosts", hostsText( summary, scenario.shard ) );
+    line(
+        out, "groups",
+        std::to_string( summary.groups ) + ", in " + counted( summary.memberships, "membership" )
+    );
+    for ( auto const& [device, hosts] : summary.devices ) {
+        line(
+            out, "device",
+            device.name + ( device.ns.empty() ? "" : " in namespace " + device.ns ) + ": " +
+                deviceText( hosts )
+        );
+    }
+    if ( !scenario.events.empty() ) {
+        line( out, "events", std::to_string( scenario.events.size() ) );
+    }
+    if ( !scenario.expectations.empty() ) {
+        line( out, "expectations", std::to_string( scenario.expectations.size() ) );
+    }
+    if ( scenario.duration ) {
+        line( out, "duration", Kiv::ValueTraits<double>::format( *scenario.duration ) + " s" );
+    }
+    line( out, "first reports", std::to_string( summary.firstReports ) + " when the hosts start" );
+}
+
+Json
+jsonOf( Diagnostics const& diagnostics, std::vector<std::string> const& files ) {
+    Json list = Json::array();
+    for ( Diagnostic const& entry : diagnostics.ordered() ) {
+        Json one{ { "file", files.at( entry.at.file ) } };
+        if ( entry.at.line != 0 ) {
+            one["line"] = entry.at.line;
+            one["column"] = entry.at.column;
+        }
+        one["text"] = entry.text;
+        if ( entry.endsProcess ) {
+            one["endsProcess"] = true;
+        }
+        list.push_back( one );
+    }
+    return list;
+}
+
+Json
+jsonOf( ScenarioSummary const& summary ) {
+    Json versions = Json::object();
+    for ( std::size_t version = 0; version < summary.hostsOfVersion.size(); ++version ) {
+        versions[std::to_string( version )] = summary.hostsOfVersion.at( version );
+    }
+    Json devices = Json::array();
+    for ( auto const& [device, hosts] : summary.devices ) {
+        devices.push_back( { { "device", device.name },
+                             { "namespace", device.ns },
+                             { "hosts", hosts.hosts },
+                             { "untagged", hosts.untagged },
+                             { "vlans", hosts.vlanRanges() } } );
+    }
+    return { { "hosts", summary.hosts },
+             { "allHosts", summary.allHosts },
+             { "hostsOfVersion", versions },
+             { "groups", summary.groups },
+             { "memberships", summary.memberships },
+             { "devices", devices },
+             { "firstReports", summary.firstReports } };
+}
+
+/// A checked scenario with all that there is to say of it.
+struct Outcome {
+    Diagnostics errors;
+    Scenario scenario;
+    Diagnostics warnings;
+};
+
+void
+writeJson( std::ostream& out, Outcome const& outcome ) {
+    Scenario const& scenario = outcome.scenario;
+    Json json{ { "files", scenario.files },
+               { "errors", jsonOf( outcome.errors, scenario.files ) },
+               { "warnings", jsonOf( outcome.warnings, scenario.files ) } };
+    if ( outcome.errors.empty() ) {
+        json["scenario"] = jsonOf( summaryOf( scenario ) );
+        json["scenario"]["events"] = scenario.events.size();
+        json["scenario"]["expectations"] = scenario.expectations.size();
+        if ( scenario.duration ) {
+            json["scenario"]["duration"] = *scenario.duration;
+        }
+    }
+    out << json.dump( 2, ' ', false, Json::error_handler_t::replace ) << '\n';
+}
+
+void
+tell( Outcome const& outcome ) {
+    outcome.errors.print( std::cerr, outcome.scenario.files, "error" );
+    outcome.warnings.print( std::cerr, outcome.scenario.files, "warning" );
+    if ( outcome.errors.empty() ) {
+        writeText( std::cout, outcome.scenario, summaryOf( outcome.scenario ) );
+    }
+}
+
+} // namespace
+
+ExitStatus
+check( CheckOptions const& options ) {
+    Outcome outcome;
+    outcome.scenario = readScenario( options.scenarioFiles, outcome.errors );
+    outcome.scenario.shard = options.shard.value_or( outcome.scenario.shard );
+    if ( outcome.errors.empty() ) {
+        outcome.warnings = scenarioWarnings( outcome.scenario );
+    }
+    if ( options.json ) {
+        writeJson( std::cout, outcome );
+    } else {
+        tell( outcome );
+    }
+    bool const refused = !outcome.errors.empty() || ( options.strict && !outcome.warnings.empty() );
+    return refused ? exitWrongUsage : exitDone;
+}
+
+} // namespace Agent

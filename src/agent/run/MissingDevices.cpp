@@ -1,0 +1,60 @@
+#include "agent/run/MissingDevices.h"
+
+#include <net/if.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <set>
+
+#include "platform/zornet/device/NamespaceEntry.h"
+
+namespace Agent {
+
+namespace {
+
+using Igmp::IgmpHost;
+
+struct Place {
+    std::string ns;
+    std::string device;
+
+    friend auto operator<=>( Place const&, Place const& ) = default;
+};
+
+Place
+placeOf( HostSpec const& spec ) {
+    auto const ns = spec.settings.value<Zornet::NamespaceName>( IgmpHost::attrNs );
+    auto const device = spec.settings.value<Kiv::String8>( IgmpHost::attrDeviceName );
+    return { ns.name().charPtr(), std::string( device.view() ) };
+}
+
+/// What is missing of the place, if anything.
+std::string
+missingOf( Place const& place ) {
+    Zornet::NamespaceEntry const entry( Zornet::NamespaceName( Kiv::String8( place.ns ) ) );
+    if ( entry.error() == ENOENT ) {
+        return "namespace " + place.ns;
+    }
+    if ( entry.error() != 0 || if_nametoindex( place.device.c_str() ) != 0 ) {
+        return "";
+    }
+    return "device " + place.device + ( place.ns.empty() ? "" : " in " + place.ns );
+}
+
+} // namespace
+
+std::vector<std::string>
+missingDevices( Scenario const& scenario ) {
+    std::set<Place> places;
+    scenario.forEachEntry( [&]( HostSpec const& spec, U32, U32 ) { places.insert( placeOf( spec ) ); } );
+    std::vector<std::string> missing;
+    for ( Place const& place : places ) {
+        std::string const one = place.device.empty() ? "" : missingOf( place );
+        if ( !one.empty() && std::find( missing.begin(), missing.end(), one ) == missing.end() ) {
+            missing.push_back( one );
+        }
+    }
+    return missing;
+}
+
+} // namespace Agent

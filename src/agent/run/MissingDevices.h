@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "agent/scenario/Scenario.h"
+
+namespace Agent {
+
+/// What the hosts of this process are to be on and what is not there, such as "device veth1 in blue" or
+/// "namespace blue"; each once. What cannot be looked at is left for the device to tell.
+std::vector<std::string> missingDevices( Scenario const& scenario );
+
+} // namespace Agent

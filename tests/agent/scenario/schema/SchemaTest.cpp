@@ -1,0 +1,144 @@
+#include "agent/scenario/schema/Schema.h"
+
+#include <array>
+#include <cstdio>
+
+#include "agent/scenario/reading/SettingReader.h"
+#include "model/IgmpHostStatus.h"
+#include "tests/agent/TemporaryFolder.h"
+#include "tests/agent/scenario/ScenarioTexts.h"
+
+namespace Agent {
+
+namespace {
+
+/// What an independent validator says of scenarios, held against what the reader says.
+class Schema : public ::testing::Test {
+  protected:
+    /// "valid" or "invalid" for each of the files.
+    std::vector<std::string> judge( std::vector<std::string> const& paths ) {
+        std::string command = "/usr/bin/python3 " IGMPHOST_SOURCE_FOLDER
+                              "/tests/agent/scenario/schema/judge.py " +
+                              folder_.fileWith( "schema.json", scenarioSchema().dump() );
+        for ( std::string const& path : paths ) {
+            command += " " + path;
+        }
+        std::vector<std::string> verdicts;
+        FILE* const pipe = popen( command.c_str(), "r" );
+        std::array<char, 100> line{};
+        while ( fgets( line.data(), line.size(), pipe ) ) {
+            verdicts.emplace_back( line.data(), std::string_view( line.data() ).find( '\n' ) );
+        }
+        EXPECT_EQ( pclose( pipe ), 0 );
+        return verdicts;
+    }
+    /// Each text, by the schema and by the reader.
+    void expectAll( std::vector<std::string> const& texts, bool valid ) {
+        std::vector<std::string> paths;
+        for ( std::string const& text : texts ) {
+            paths.push_back( folder_.fileWith( std::to_string( paths.size() ) + ".yaml", text ) );
+            EXPECT_EQ( errorsOf( text ).empty(), valid ) << text;
+        }
+        std::vector<std::string> const verdicts = judge( paths );
+        ASSERT_EQ( verdicts.size(), texts.size() );
+        for ( std::size_t i = 0; i < texts.size(); ++i ) {
+            EXPECT_EQ( verdicts[i], valid ? "valid" : "invalid" ) << texts[i];
+        }
+    }
+    static std::string withHost( std::string const& keys ) { return "hosts: [ { name: a, " + keys + " } ]"; }
+
+    TemporaryFolder folder_;
+};
+
+TEST_F( Schema, TakesEveryExample ) {
+    std::vector<std::string> paths;
+    for ( auto const& entry : std::filesystem::directory_iterator( IGMPHOST_SOURCE_FOLDER "/examples" ) ) {
+        if ( entry.path().extension() == ".yaml" ) {
+            paths.push_back( entry.path().string() );
+        }
+    }
+    EXPECT_GE( paths.size(), 4U );
+    EXPECT_EQ( judge( paths ), std::vector<std::string>( paths.size(), "valid" ) );
+}
+
+TEST_F( Schema, TakesWhatTheReaderTakes ) {
+    expectAll(
+        { withHost( "count: 3, ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', tagged: true, vlanStep: 1" ),
+          withHost( "igmpVersion: 3, direction: egress, v1RouterPresentTimeout: .inf" ),
+          withHost( "igmpVersion: igmpVersion2, unsolicitedReportInterval: 0.5" ),
+          withHost( "groups: 239.1.1.1" ), withHost( "groups: [ 239.1.0.0/24, 239.2.1.1-239.2.1.9 ]" ),
+          withHost( "groups: { multicastAddr: 239.1.1.1, count: 5, step: 2, filterMode: exclude }" ),
+          withHost(
+              "groups: [ { multicastAddr: 239.1.1.1, sources: [ 10.0.0.1, { sourceIp: 10.0.1.0/24 } ] } ]"
+          ),
+          withHost( "mtu: 900" ) + "\ndefaults: { deviceName: eth0 }\nseed: 5\nduration: 1.5\nshard: 1/2\n"
+                                   "$schema: igmphost.json" },
+        true
+    );
+}
+
+TEST_F( Schema, RefusesWhatTheReaderRefuses ) {
+    expectAll(
+        { withHost( "mtuu: 5" ),
+          withHost( "mtu: big" ),
+          withHost( "mtu: 4294967296" ),
+          withHost( "vlanId: 65536" ),
+          withHost( "v1MaxResponseTime: 256" ),
+          withHost( "tagged: 7" ),
+          withHost( "direction: up" ),
+          withHost( "igmpVersion: 4" ),
+          withHost( "ipAddr: 10.0.0.300" ),
+          withHost( "macAddr: '02:00'" ),
+          withHost( "count: 0" ),
+          withHost( "groups: 239.1.1" ),
+          withHost( "groups: 239.1.1.0/33" ),
+          withHost( "groups: [ { count: 2 } ]" ),
+          withHost( "groups: [ { multicastAddr: 239.1.1.1, file: x } ]" ),
+          withHost( "groups: [ { multicastAddr: 239.1.1.1, version: 3 } ]" ),
+          withHost( "externalPam: true" ),
+          "hosts: [ { mtu: 900 } ]",
+          "hosts: 5",
+          "- a",
+          "host: []",
+          withHost( "mtu: 900" ) + "\nshard: 0/2",
+          withHost( "mtu: 900" ) + "\nduration: 0",
+          withHost( "mtu: 900" ) + "\ndefaults: { name: b }" },
+        false
+    );
+}
+
+/// Whoever adds an attribute describes it.
+TEST( AttributeHelp, IsThereForEachThatUsersMeet ) {
+    std::vector<Kiv::Attribute const*> met(
+        settableHostAttributes().begin(), settableHostAttributes().end()
+    );
+    met.insert( met.end(), settableGroupAttributes().begin(), settableGroupAttributes().end() );
+    for ( Kiv::Attribute const& row : Igmp::IgmpHostStatus::attributes() ) {
+        met.push_back( &row );
+    }
+    for ( Kiv::Attribute const* const row : met ) {
+        ASSERT_NE( row->help, nullptr ) << row->name;
+        EXPECT_GE( std::string_view( row->help ).size(), 10U ) << row->name;
+    }
+}
+
+TEST( AttributeHelp, IsInTheSchemaWithTheDefault ) {
+    Json const mtu = scenarioSchema()["definitions"]["host"]["properties"]["mtu"];
+    EXPECT_EQ(
+        mtu.dump(),
+        R"({"type":"integer","minimum":0,"maximum":4294967295,"description":"Size limit of a sent frame )"
+        R"(in bytes, headers included; below 65536","default":1514})"
+    );
+}
+
+TEST( EnumerationTexts, AreAllTakenByTheParser ) {
+    for ( Kiv::Attribute const* const row : settableHostAttributes() ) {
+        for ( std::string const& text : row->type->texts() ) {
+            EXPECT_NO_THROW( row->type->parse( text ) ) << row->name << ": " << text;
+        }
+    }
+}
+
+} // namespace
+
+} // namespace Agent
