@@ -1,27 +1,57 @@
 #include <filesystem>
 
+#include "agent/checking/ScenarioSummary.h"
+#include "agent/run/Emulation.h"
+#include "agent/scenario/ScenarioLoader.h"
 #include "tests/agent/scenario/ScenarioTexts.h"
-#include "tests/support/Paths.h"
+#include "tests/support/HostTest.h"
 
 namespace Agent {
 
 namespace {
 
-/// The examples that users begin with: nothing is wrong with them and nothing to be warned of.
-TEST( Examples, HaveNeitherErrorsNorWarnings ) {
-    std::filesystem::path const folder = std::filesystem::path( Support::sourceFolder() ) / "examples";
-    std::size_t scenarios = 0;
-    for ( auto const& entry : std::filesystem::recursive_directory_iterator( folder ) ) {
-        if ( entry.path().extension() == ".yaml" ) {
-            std::string const path = entry.path().string();
-            Diagnostics errors;
-            Scenario const scenario = readScenario( { &path, 1 }, errors );
-            EXPECT_EQ( linesOf( errors ), "" ) << path;
-            EXPECT_EQ( linesOf( scenarioWarnings( scenario ) ), "" ) << path;
-            ++scenarios;
+/// The examples that users begin with, all on devices that keep what they are given to send.
+class Examples : public Support::SimulatedTest {
+  protected:
+    Examples() : SimulatedTest( 0.0 ) {
+        std::filesystem::path const folder = std::filesystem::path( IGMPHOST_SOURCE_FOLDER ) / "examples";
+        for ( auto const& entry : std::filesystem::directory_iterator( folder ) ) {
+            if ( entry.path().extension() == ".yaml" ) {
+                paths_.push_back( entry.path().string() );
+            }
         }
     }
-    EXPECT_GE( scenarios, 4U );
+
+    static Scenario read( std::string const& path ) {
+        Diagnostics errors;
+        Scenario scenario = readScenario( { &path, 1 }, errors );
+        EXPECT_EQ( linesOf( scenario.files, errors ), "" );
+        return scenario;
+    }
+
+    std::vector<std::string> paths_;
+};
+
+TEST_F( Examples, HaveNeitherErrorsNorWarnings ) {
+    for ( std::string const& path : paths_ ) {
+        Scenario const scenario = read( path );
+        EXPECT_EQ( linesOf( scenario.files, scenarioWarnings( scenario ) ), "" );
+    }
+    EXPECT_GE( paths_.size(), 7U );
+}
+
+/// And so what is said beforehand of the first reports comes true.
+TEST_F( Examples, StartWithTheReportsThatTheSummaryTellsOf ) {
+    for ( std::string const& path : paths_ ) {
+        Scenario const scenario = read( path );
+        Support::RecordingProvider provider( 0.0 );
+        Zornet::DeviceProviderScope const scope( provider );
+        Emulation emulation( wheel() );
+        loadHosts( scenario, emulation.hostDir() );
+        startHosts( scenario, emulation.hostDir() );
+        settle();
+        EXPECT_EQ( provider.recording( "eth0" ).sent.size(), summaryOf( scenario ).firstReports ) << path;
+    }
 }
 
 } // namespace

@@ -1,5 +1,8 @@
 #include "agent/scenario/warnings/LinkWarnings.h"
 
+#include <algorithm>
+#include <iterator>
+
 namespace Agent {
 
 using Igmp::IgmpHost;
@@ -35,50 +38,65 @@ linkOf( HostSpec const& spec, U32 index ) {
     return isTagged( spec ) ? device + " VLAN " + std::to_string( spec.vlanId( index ) ) : device;
 }
 
-template <class T>
-std::string
-textOf( T const& value ) {
-    return Kiv::ValueTraits<T>::format( value );
-}
-
 } // namespace
 
 void
 LinkWarnings::check( HostSpec const& spec ) {
-    checkAddresses( spec );
+    // Addresses that are not set have a warning of their own.
+    if ( Setting const* const ip = spec.settings.find( IgmpHost::attrIpAddr ) ) {
+        checkAddresses( spec, ipAddrs_, *ip, spec.ipAddr( 0 ).hostOrder() );
+    }
+    if ( Setting const* const mac = spec.settings.find( IgmpHost::attrMacAddr ) ) {
+        checkAddresses( spec, macAddrs_, *mac, numberOf( spec.macAddr( 0 ) ) );
+    }
     if ( isShared( spec ) ) {
         checkSharedDevice( spec );
+        checkChannels( spec );
     }
 }
 
-/// Addresses that are not set have a warning of their own.
+/// One warning is enough for two entries that clash in many addresses.
 void
-LinkWarnings::checkAddresses( HostSpec const& spec ) {
-    if ( Setting const* const ip = spec.settings.find( IgmpHost::attrIpAddr ) ) {
-        claim( spec, ipAddrs_, ip->at, "ipAddr: ", [&]( U32 i ) {
-            return textOf( spec.ipAddr( i ) ) + " on " + linkOf( spec, i );
-        } );
+LinkWarnings::checkAddresses( HostSpec const& spec, Kind& kind, Setting const& setting, U64 first ) {
+    if ( !isTagged( spec ) || spec.vlanStep == 0 ) {
+        claim( { &spec, 0 }, first, spec.count, kind, linkOf( spec, 0 ), setting.at );
+        return;
     }
-    if ( Setting const* const mac = spec.settings.find( IgmpHost::attrMacAddr ) ) {
-        claim( spec, macAddrs_, mac->at, "macAddr: ", [&]( U32 i ) {
-            return textOf( spec.macAddr( i ) ) + " on " + linkOf( spec, i );
-        } );
+    bool free = true;
+    for ( U32 i = 0; i < spec.count && free; ++i ) {
+        free = claim( { &spec, i }, first + i, 1, kind, linkOf( spec, i ), setting.at );
     }
+}
+
+/// Takes the numbers for the hosts from the owner on. False, with a warning and nothing taken, where one of
+/// them is taken already.
+bool
+LinkWarnings::claim(
+    Owner const& owner, U64 first, U64 count, Kind& kind, std::string const& link, Position const& at
+) {
+    Claims& claims = kind.claims[link];
+    auto taken = claims.upper_bound( first );
+    if ( taken != claims.begin() && std::prev( taken )->second.last >= first ) {
+        --taken;
+    }
+    if ( taken == claims.end() || taken->first > first + count - 1 ) {
+        claims.emplace( first, Claim{ first + count - 1, owner } );
+        return true;
+    }
+    U64 const number = std::max( first, taken->first );
+    Owner const other{ taken->second.owner.spec,
+                       static_cast<U32>( taken->second.owner.index + number - taken->first ) };
+    warnings_.add(
+        at, std::string( kind.key ) + ": " + kind.text( number ) + " on " + link + " is taken already, by " +
+                told( other, at )
+    );
+    return false;
 }
 
 void
 LinkWarnings::checkSharedDevice( HostSpec const& spec ) {
-    Position const& vlanAt = spec.settings.placeOf( IgmpHost::attrVlanId, spec.at );
-    claim(
-        spec, channels_, vlanAt,
-        "useMux: of the hosts of one interface in one VLAN only the last hears; VLAN ",
-        [&]( U32 i ) {
-            return std::to_string( spec.vlanId( i ) ) + " on interface '" + interfaceOf( spec ) + "'";
-        }
-    );
-    Owner const self{ spec.hostName( 0 ), spec.at };
     std::string const interface = interfaceOf( spec );
-    auto const [opener, isFirst] = openers_.emplace( interface, Opener{ self, deviceOf( spec ) } );
+    auto const [opener, isFirst] = openers_.emplace( interface, Opener{ { &spec, 0 }, deviceOf( spec ) } );
     if ( !isFirst && opener->second.device != deviceOf( spec ) ) {
         Position const& at = spec.settings.placeOf( IgmpHost::attrDeviceName, spec.at );
         warnings_.add(
@@ -88,25 +106,28 @@ LinkWarnings::checkSharedDevice( HostSpec const& spec ) {
     }
 }
 
-template <class KeyOf>
 void
-LinkWarnings::claim(
-    HostSpec const& spec, Owners& owners, Position const& at, char const* what, KeyOf keyOf
-) {
-    bool warned = false;
-    for ( U32 i = 0; i < spec.count; ++i ) {
-        std::string const key = keyOf( i );
-        auto const [owner, isFirst] = owners.emplace( key, Owner{ spec.hostName( i ), spec.at } );
-        if ( !isFirst && !warned ) {
-            warnings_.add( at, what + key + " is taken already, by " + told( owner->second, at ) );
-            warned = true;
+LinkWarnings::checkChannels( HostSpec const& spec ) {
+    Position const& at = spec.settings.placeOf( IgmpHost::attrVlanId, spec.at );
+    U32 const different = spec.vlanStep == 0 ? std::min( spec.count, 2U ) : spec.count;
+    for ( U32 i = 0; i < different; ++i ) {
+        std::string const channel =
+            std::to_string( spec.vlanId( i ) ) + " on interface '" + interfaceOf( spec ) + "'";
+        auto const [owner, isFirst] = channels_.emplace( channel, Owner{ &spec, i } );
+        if ( !isFirst ) {
+            warnings_.add(
+                at, "useMux: of the hosts of one interface in one VLAN only the last hears; VLAN " + channel +
+                        " is taken already, by " + told( owner->second, at )
+            );
+            return;
         }
     }
 }
 
 std::string
 LinkWarnings::told( Owner const& owner, Position const& from ) const {
-    return "host '" + owner.host + "' in " + placeSeenFrom( owner.at, from, scenario_.files );
+    return "host '" + owner.spec->hostName( owner.index ) + "' in " +
+           placeSeenFrom( owner.spec->at, from, scenario_.files );
 }
 
 } // namespace Agent

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <unordered_map>
 
 #include "agent/scenario/Scenario.h"
@@ -7,7 +8,8 @@
 namespace Agent {
 
 /// Warnings about hosts that get in each other's way, on a link or on a shared device. Entries must come in
-/// the order in which they will be made: the first host of an interface opens the device.
+/// the order in which they will be made, and stay where they are: the first host of an interface opens the
+/// device. An entry takes as long as it has VLANs, however many hosts.
 class LinkWarnings {
   public:
     LinkWarnings( Scenario const& scenario, Diagnostics& warnings )
@@ -16,28 +18,51 @@ class LinkWarnings {
     void check( HostSpec const& spec );
 
   private:
+    /// The hosts of an entry from an index on.
     struct Owner {
-        std::string host;
-        Position at;
+        HostSpec const* spec;
+        U32 index;
     };
     struct Opener {
         Owner owner;
         std::string device;
     };
-    using Owners = std::unordered_map<std::string, Owner>;
+    /// Consecutive numbers that consecutive hosts have.
+    struct Claim {
+        U64 last;
+        Owner owner; ///< of the first number
+    };
+    using Claims = std::map<U64, Claim>; ///< by their first number; none overlap
+    /// What hosts have one of each on a link: a word for it, and its text form.
+    struct Kind {
+        char const* key;
+        std::string ( *text )( U64 number );
+        std::unordered_map<std::string, Claims> claims; ///< by link
+    };
 
-    /// Warns once for an entry, at `at`, where one of its hosts takes what another has.
-    template <class KeyOf>
-    void claim( HostSpec const& spec, Owners& owners, Position const& at, char const* what, KeyOf keyOf );
-    void checkAddresses( HostSpec const& spec );
+    void checkAddresses( HostSpec const& spec, Kind& kind, Setting const& setting, U64 first );
+    bool claim(
+        Owner const& owner, U64 first, U64 count, Kind& kind, std::string const& link, Position const& at
+    );
     void checkSharedDevice( HostSpec const& spec );
+    void checkChannels( HostSpec const& spec );
     std::string told( Owner const& owner, Position const& from ) const;
 
     Scenario const& scenario_;
     Diagnostics& warnings_;
-    Owners ipAddrs_;                                  ///< by link and address
-    Owners macAddrs_;                                 ///< by link and address
-    Owners channels_;                                 ///< by interface and VLAN
+    Kind ipAddrs_{ "ipAddr",
+                   []( U64 number ) {
+                       return Kiv::ValueTraits<Zornet::IpAddr>::format(
+                           Zornet::IpAddr::fromHost( static_cast<U32>( number ) )
+                       );
+                   },
+                   {} };
+    Kind macAddrs_{ "macAddr",
+                    []( U64 number ) {
+                        return Kiv::ValueTraits<Zornet::EthAddr>::format( ethAddrOf( number ) );
+                    },
+                    {} };
+    std::unordered_map<std::string, Owner> channels_; ///< by interface and VLAN
     std::unordered_map<std::string, Opener> openers_; ///< by interface
 };
 
