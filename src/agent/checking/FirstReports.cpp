@@ -20,7 +20,7 @@ isSilent( HostSpec const& spec ) {
                          settings.value<U32>( IgmpHost::attrIntfConfigVersion ) == 0;
     bool const deaf = !settings.value<bool>( IgmpHost::attrProcessV3GroupChange );
     auto const direction = settings.value<Bridging::AllowedTrafficDirection>( IgmpHost::attrDirection );
-    return disabled || unbound || deaf || settings.value<bool>( IgmpHost::attrBlocked ) ||
+    return spec.later || disabled || unbound || deaf || settings.value<bool>( IgmpHost::attrBlocked ) ||
            direction == Bridging::AllowedTrafficDirection::ingress ||
            settings.value<Kiv::String8>( IgmpHost::attrDeviceName ).empty();
 }

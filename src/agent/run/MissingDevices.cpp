@@ -46,7 +46,11 @@ missingOf( Place const& place ) {
 std::vector<std::string>
 missingDevices( Scenario const& scenario ) {
     std::set<Place> places;
-    scenario.forEachEntry( [&]( HostSpec const& spec, U32, U32 ) { places.insert( placeOf( spec ) ); } );
+    scenario.forEachEntry( [&]( HostSpec const& spec, U32, U32 ) {
+        if ( !spec.later ) {
+            places.insert( placeOf( spec ) );
+        }
+    } );
     std::vector<std::string> missing;
     for ( Place const& place : places ) {
         std::string const one = place.device.empty() ? "" : missingOf( place );

@@ -236,7 +236,7 @@ run( RunOptions const& options ) {
         std::cerr << "igmphost: error: " << missing << std::endl;
         return exitFailed;
     }
-    if ( !options.waitForDevice && !checkDevices( scenario ) ) {
+    if ( !options.simulate && !options.waitForDevice && !checkDevices( scenario ) ) {
         return exitFailed;
     }
     std::signal( SIGPIPE, SIG_IGN ); // a reader who goes away is a fault of the output, and not the end

@@ -5,6 +5,7 @@
 #include "agent/scenario/ScenarioLoader.h"
 #include "tests/agent/scenario/ScenarioTexts.h"
 #include "tests/support/HostTest.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -14,8 +15,8 @@ namespace {
 class Examples : public Support::SimulatedTest {
   protected:
     Examples() : SimulatedTest( 0.0 ) {
-        std::filesystem::path const folder = std::filesystem::path( IGMPHOST_SOURCE_FOLDER ) / "examples";
-        for ( auto const& entry : std::filesystem::directory_iterator( folder ) ) {
+        std::filesystem::path const folder = std::filesystem::path( Support::sourceFolder() ) / "examples";
+        for ( auto const& entry : std::filesystem::recursive_directory_iterator( folder ) ) {
             if ( entry.path().extension() == ".yaml" ) {
                 paths_.push_back( entry.path().string() );
             }
@@ -37,7 +38,7 @@ TEST_F( Examples, HaveNeitherErrorsNorWarnings ) {
         Scenario const scenario = read( path );
         EXPECT_EQ( linesOf( scenario.files, scenarioWarnings( scenario ) ), "" );
     }
-    EXPECT_GE( paths_.size(), 7U );
+    EXPECT_GE( paths_.size(), 10U );
 }
 
 /// And so what is said beforehand of the first reports comes true.
@@ -50,7 +51,12 @@ TEST_F( Examples, StartWithTheReportsThatTheSummaryTellsOf ) {
         loadHosts( scenario, emulation.hostDir() );
         startHosts( scenario, emulation.hostDir() );
         settle();
-        EXPECT_EQ( provider.recording( "eth0" ).sent.size(), summaryOf( scenario ).firstReports ) << path;
+        ScenarioSummary const summary = summaryOf( scenario );
+        std::size_t sent = 0;
+        for ( auto const& [device, hosts] : summary.devices ) {
+            sent += provider.recording( device.name.c_str(), device.ns.c_str() ).sent.size();
+        }
+        EXPECT_EQ( sent, summary.firstReports ) << path;
     }
 }
 

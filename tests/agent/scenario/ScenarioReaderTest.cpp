@@ -153,7 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{
             "{ frobnicate: 1 }",
             ":1:3: error: unknown key 'frobnicate' in a scenario; expected one of hosts, defaults, events, "
-            "expect, duration, seed, shard, $schema\n" },
+            "expect, duration, seed, shard, querier, $schema\n" },
         Fault{ "{}", ": error: expected at least one host, found none\n" },
         Fault{ "hosts: [ { name: a } ]\ndefaults: { mtuu: 9 }",
                ":2:13: error: unknown key 'mtuu' in the defaults of hosts; did you mean 'mtu'?\n" },

@@ -7,6 +7,7 @@
 #include "model/IgmpHostStatus.h"
 #include "tests/agent/TemporaryFolder.h"
 #include "tests/agent/scenario/ScenarioTexts.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -17,7 +18,7 @@ class Schema : public ::testing::Test {
   protected:
     /// "valid" or "invalid" for each of the files.
     std::vector<std::string> judge( std::vector<std::string> const& paths ) {
-        std::string command = "/usr/bin/python3 " IGMPHOST_SOURCE_FOLDER
+        std::string command = "/usr/bin/python3 " + Support::sourceFolder() +
                               "/tests/agent/scenario/schema/judge.py " +
                               folder_.fileWith( "schema.json", scenarioSchema().dump() );
         for ( std::string const& path : paths ) {
@@ -52,7 +53,8 @@ class Schema : public ::testing::Test {
 
 TEST_F( Schema, TakesEveryExample ) {
     std::vector<std::string> paths;
-    for ( auto const& entry : std::filesystem::directory_iterator( IGMPHOST_SOURCE_FOLDER "/examples" ) ) {
+    for ( auto const& entry :
+          std::filesystem::recursive_directory_iterator( Support::sourceFolder() + "/examples" ) ) {
         if ( entry.path().extension() == ".yaml" ) {
             paths.push_back( entry.path().string() );
         }
@@ -72,7 +74,14 @@ TEST_F( Schema, TakesWhatTheReaderTakes ) {
               "groups: [ { multicastAddr: 239.1.1.1, sources: [ 10.0.0.1, { sourceIp: 10.0.1.0/24 } ] } ]"
           ),
           withHost( "mtu: 900" ) + "\ndefaults: { deviceName: eth0 }\nseed: 5\nduration: 1.5\nshard: 1/2\n"
-                                   "$schema: igmphost.json" },
+                                   "$schema: igmphost.json",
+          withHost( "mtu: 900" ) + "\nevents:\n  - { at: 1, hosts: a, join: 239.1.1.0/30, rate: 5/s }\n"
+                                   "  - { at: 2, every: 3, times: 4, jitter: 0.5, set: { robustness: 3 } }\n"
+                                   "  - { at: 3, zap: { groups: 239.2.0.0/28, dwell: 2 } }\n"
+                                   "  - { at: 4, flap: { down: 1, up: 2 } }\n"
+                                   "  - { at: 5, add: { name: b, ipAddr: 10.0.0.2 } }\n"
+                                   "  - { at: 6, hosts: b, delete: true }\n"
+                                   "expect:\n  - { hosts: a, v2ReportsSent: '>= 2', igmpVersion: 2 }\n" },
         true
     );
 }
@@ -102,7 +111,10 @@ TEST_F( Schema, RefusesWhatTheReaderRefuses ) {
           "host: []",
           withHost( "mtu: 900" ) + "\nshard: 0/2",
           withHost( "mtu: 900" ) + "\nduration: 0",
-          withHost( "mtu: 900" ) + "\ndefaults: { name: b }" },
+          withHost( "mtu: 900" ) + "\ndefaults: { name: b }",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: -1, enable: true } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, sett: { mtu: 5 } } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { v2ReportSent: 2 } ]" },
         false
     );
 }
