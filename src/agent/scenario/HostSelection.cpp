@@ -29,15 +29,6 @@ indexAfter( std::size_t dash, std::string const& name ) {
     return isNumber ? std::optional( number - 1 ) : std::nullopt;
 }
 
-/// True where a name that begins with `stem` can match the pattern, as far as its begin without wildcards
-/// tells.
-bool
-mayMatch( std::string_view pattern, std::string_view stem ) {
-    std::string_view const literal = pattern.substr( 0, pattern.find_first_of( wildcards ) );
-    std::size_t const common = std::min( literal.size(), stem.size() );
-    return literal.substr( 0, common ) == stem.substr( 0, common );
-}
-
 /// True where every name that begins with `stem` matches the pattern: "rx*" and "rx-".
 bool
 matchesAll( std::string_view pattern, std::string_view stem ) {
@@ -80,6 +71,7 @@ HostFinder::HostFinder( Scenario const& scenario ) : scenario_( scenario ) {
     for ( HostSpec const& spec : scenario.hosts ) {
         numbers_.push_back( number );
         number += spec.count;
+        stems_.emplace( spec.count == 1 ? spec.name : spec.name + "-", entry );
         ( spec.count == 1 ? single_ : series_ ).emplace( spec.name, entry++ );
     }
 }
@@ -133,15 +125,24 @@ HostFinder::addNamed( std::string const& name, std::vector<HostRange>& ranges ) 
     }
 }
 
+/// Of the entries only those are tested whose names agree with the pattern's begin without wildcards, as far
+/// as both go.
 void
 HostFinder::addMatching( std::string const& pattern, std::vector<HostRange>& ranges ) const {
-    for ( U32 entry = 0; entry < scenario_.hosts.size(); ++entry ) {
-        HostSpec const& spec = scenario_.hosts[entry];
-        std::string const stem = spec.count == 1 ? spec.name : spec.name + "-";
-        if ( matchesAll( pattern, stem ) ) {
-            ranges.push_back( wholeEntry( entry ) );
-        } else if ( mayMatch( pattern, stem ) ) {
-            addMatching( pattern, entry, ranges );
+    std::string_view const begin =
+        std::string_view( pattern ).substr( 0, pattern.find_first_of( wildcards ) );
+    for ( std::size_t length = 1; length < begin.size(); ++length ) {
+        auto const [first, last] = stems_.equal_range( begin.substr( 0, length ) );
+        for ( auto at = first; at != last; ++at ) {
+            addMatching( pattern, at->second, ranges );
+        }
+    }
+    for ( auto at = stems_.lower_bound( begin ); at != stems_.end() && at->first.starts_with( begin );
+          ++at ) {
+        if ( matchesAll( pattern, at->first ) ) {
+            ranges.push_back( wholeEntry( at->second ) );
+        } else {
+            addMatching( pattern, at->second, ranges );
         }
     }
 }

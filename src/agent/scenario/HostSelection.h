@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -75,6 +76,8 @@ class HostFinder {
 
     Scenario const& scenario_;
     std::vector<U64> numbers_; ///< of each entry's first host
+    /// Entries by what all names of their hosts begin with.
+    std::multimap<std::string, U32, std::less<>> stems_;
     std::unordered_map<std::string, U32> single_;
     std::unordered_map<std::string, U32> series_;
     std::unordered_map<std::string, std::vector<HostRange>> known_;
