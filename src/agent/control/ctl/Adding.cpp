@@ -1,8 +1,8 @@
 #include <sstream>
 
+#include "agent/control/ctl/ChangeReport.h"
 #include "agent/control/ctl/Consent.h"
 #include "agent/control/ctl/Ctl.h"
-#include "agent/control/ctl/Outcome.h"
 #include "agent/output/AttributeJson.h"
 #include "agent/scenario/ScenarioLoader.h"
 #include "agent/scenario/ScenarioReader.h"
@@ -80,28 +80,30 @@ ctlAdd( CtlOptions const& options ) {
     }
     loadHosts( scenario, client.hostDir() );
     startHosts( scenario, client.hostDir() );
-    Outcome outcome{ "added", {}, {}, { "configVersion", "intfConfigVersion", "version of each record" } };
+    ChangeReport report{
+        "added", {}, {}, { "configVersion", "intfConfigVersion", "version of each record" }
+    };
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        outcome.hosts.push_back( client.hostDir().igmpHost( spec.hostName( index ) ) );
+        report.hosts.push_back( client.hostDir().igmpHost( spec.hostName( index ) ) );
     } );
     client.settle();
-    print( outcome, options );
+    print( report, options );
 }
 
 void
 ctlDelete( CtlOptions const& options ) {
     ControlClient client( options.path, options.patience );
     client.synchronise();
-    Outcome outcome{ "deleted", {}, {}, {} };
+    ChangeReport report{ "deleted", {}, {}, {} };
     for ( std::string const& pattern : options.words ) {
         Hosts const hosts = selectedHosts( client, pattern );
-        outcome.hosts.insert( outcome.hosts.end(), hosts.begin(), hosts.end() );
+        report.hosts.insert( report.hosts.end(), hosts.begin(), hosts.end() );
     }
-    for ( auto const& host : outcome.hosts ) {
+    for ( auto const& host : report.hosts ) {
         client.hostDir().igmpHostDel( host->name() );
     }
     client.settle();
-    print( outcome, options );
+    print( report, options );
 }
 
 } // namespace Agent

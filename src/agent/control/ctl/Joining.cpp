@@ -1,9 +1,9 @@
 #include <algorithm>
 
+#include "agent/control/ctl/ChangeReport.h"
 #include "agent/control/ctl/Consent.h"
 #include "agent/control/ctl/Ctl.h"
 #include "agent/control/ctl/GenerationStep.h"
-#include "agent/control/ctl/Outcome.h"
 #include "agent/hosts/Generations.h"
 #include "agent/hosts/HostRegrets.h"
 #include "agent/scenario/ScenarioLoader.h"
@@ -59,22 +59,22 @@ ctlJoin( CtlOptions const& options ) {
     GroupSpec const wish = wishOf( options );
     ControlClient client( options.path, options.patience );
     client.synchronise();
-    Outcome outcome{
+    ChangeReport report{
         "joined", options.words, selectedHosts( client, options.host ), { "version of each record" }
     };
     Consent consent;
-    for ( auto const& host : outcome.hosts ) {
+    for ( auto const& host : report.hosts ) {
         HostSpec const before = hostSpecOf( *host );
         HostSpec after = before;
         after.groups.push_back( wish );
         consent.add( host->name().charPtr(), newRegrets( before, after ) );
     }
     consent.demand( options.isForced );
-    for ( auto const& host : outcome.hosts ) {
+    for ( auto const& host : report.hosts ) {
         join( *host, wish, generationStep() );
     }
     client.settle();
-    print( outcome, options );
+    print( report, options );
 }
 
 namespace {
@@ -132,27 +132,27 @@ ctlLeave( CtlOptions const& options ) {
     ControlClient client( options.path, options.patience );
     client.synchronise();
     Hosts const selected = selectedHosts( client, options.host );
-    Outcome outcome{ "left", options.words, {}, {} };
+    ChangeReport report{ "left", options.words, {}, {} };
     Consent consent;
     for ( auto const& host : selected ) {
         if ( !groupsToLeave( *host, choice ).empty() ) {
-            outcome.hosts.push_back( host );
+            report.hosts.push_back( host );
             if ( !host->processV3GroupChange() ) {
                 consent.add( host->name().charPtr(), { unseenRemoval() } );
             }
         }
     }
-    if ( outcome.hosts.empty() ) {
+    if ( report.hosts.empty() ) {
         throw std::runtime_error( "no such group on " + told( selected ) );
     }
     consent.demand( options.isForced );
-    for ( auto const& host : outcome.hosts ) {
+    for ( auto const& host : report.hosts ) {
         for ( IpAddr const& group : groupsToLeave( *host, choice ) ) {
             host->v3groupDel( group );
         }
     }
     client.settle();
-    print( outcome, options );
+    print( report, options );
 }
 
 } // namespace Agent

@@ -1,9 +1,9 @@
 #include <algorithm>
 
+#include "agent/control/ctl/ChangeReport.h"
 #include "agent/control/ctl/Consent.h"
 #include "agent/control/ctl/Ctl.h"
 #include "agent/control/ctl/GenerationStep.h"
-#include "agent/control/ctl/Outcome.h"
 #include "agent/hosts/Generations.h"
 #include "agent/hosts/HostRegrets.h"
 #include "agent/scenario/Suggestion.h"
@@ -93,26 +93,26 @@ ctlSet( CtlOptions const& options ) {
     Settings const changes = settingsOf( options.words );
     ControlClient client( options.path, options.patience );
     client.synchronise();
-    Outcome outcome{ "set", {}, selectedHosts( client, options.host ), {} };
+    ChangeReport report{ "set", {}, selectedHosts( client, options.host ), {} };
     Consent consent;
-    for ( auto const& host : outcome.hosts ) {
+    for ( auto const& host : report.hosts ) {
         consent.add(
             host->name().charPtr(), newRegrets( hostSpecOf( *host ), hostSpecOf( *host, changes ) )
         );
     }
-    consent.add( told( outcome.hosts ), sharedRegrets( outcome.hosts, changes ) );
+    consent.add( told( report.hosts ), sharedRegrets( report.hosts, changes ) );
     consent.demand( options.isForced );
     Kiv::U32 const step = generationStep();
-    for ( auto const& host : outcome.hosts ) {
-        outcome.raised = namesOf( setHost( *host, changes, step ) );
+    for ( auto const& host : report.hosts ) {
+        report.raised = namesOf( setHost( *host, changes, step ) );
     }
     for ( Setting const& setting : changes.settings() ) {
-        outcome.objects.push_back(
+        report.objects.push_back(
             std::string( setting.attribute->name ) + "=" + setting.attribute->type->format( setting.value )
         );
     }
     client.settle();
-    print( outcome, options );
+    print( report, options );
 }
 
 } // namespace Agent

@@ -6,7 +6,7 @@
 namespace Agent {
 
 /// What a verb has changed: of which hosts, what, and the counters that it raised for it.
-struct Outcome {
+struct ChangeReport {
     char const* verb; ///< in the past tense, such as "set"
     std::vector<std::string> objects;
     Hosts hosts;
@@ -14,6 +14,6 @@ struct Outcome {
 };
 
 /// On the standard output, as a sentence or as one JSON object.
-void print( Outcome const& outcome, CtlOptions const& options );
+void print( ChangeReport const& report, CtlOptions const& options );
 
 } // namespace Agent
