@@ -106,8 +106,8 @@ Expectations::decide( std::size_t index, std::vector<std::string> shortfalls ) {
         std::cerr << "igmphost: error: " << place << ": not met: " << text << std::endl;
     }
     std::string const line = "line " + std::to_string( expectation.at.line );
-    outcomes_[index] = Outcome{ expectation.name.empty() ? line : expectation.name, file, elapsed(),
-                                std::move( shortfalls ) };
+    outcomes_[index] = ExpectationOutcome{ expectation.name.empty() ? line : expectation.name, file,
+                                           elapsed(), std::move( shortfalls ) };
 }
 
 void
@@ -133,9 +133,9 @@ Expectations::handleEnded() {
 
 bool
 Expectations::write() const {
-    std::vector<Outcome> outcomes;
+    std::vector<ExpectationOutcome> outcomes;
     for ( auto const& outcome : outcomes_ ) {
-        outcomes.push_back( outcome.value_or( Outcome() ) );
+        outcomes.push_back( outcome.value_or( ExpectationOutcome() ) );
     }
     auto const writeTo = [&]( std::ostream& out ) { writeJUnit( out, outcomes, elapsed() ); };
     try {

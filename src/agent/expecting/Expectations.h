@@ -44,7 +44,8 @@ class Expectations : public RunPart {
 
     RunContext const& context_;
     std::priority_queue<Look, std::vector<Look>, std::greater<>> looks_;
-    std::vector<std::optional<Outcome>> outcomes_; ///< one for each expectation, once it is decided
+    std::vector<std::optional<ExpectationOutcome>>
+        outcomes_; ///< one for each expectation, once it is decided
     Kiv::Ptr<Lab::Timer> timer_;
 };
 

@@ -40,7 +40,7 @@ escaped( std::string const& text ) {
 }
 
 void
-writeCase( std::ostream& out, Outcome const& outcome ) {
+writeCase( std::ostream& out, ExpectationOutcome const& outcome ) {
     out << "    <testcase classname=\"" << escaped( outcome.place ) << "\" name=\"" << escaped( outcome.name )
         << "\" time=\"" << outcome.time << '"';
     if ( outcome.shortfalls.empty() ) {
@@ -57,14 +57,15 @@ writeCase( std::ostream& out, Outcome const& outcome ) {
 } // namespace
 
 void
-writeJUnit( std::ostream& out, std::vector<Outcome> const& outcomes, Kiv::Seconds duration ) {
-    auto const failures = std::count_if( outcomes.begin(), outcomes.end(), []( Outcome const& outcome ) {
-        return !outcome.shortfalls.empty();
-    } );
+writeJUnit( std::ostream& out, std::vector<ExpectationOutcome> const& outcomes, Kiv::Seconds duration ) {
+    auto const failures =
+        std::count_if( outcomes.begin(), outcomes.end(), []( ExpectationOutcome const& outcome ) {
+            return !outcome.shortfalls.empty();
+        } );
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<testsuites>\n  <testsuite name=\"igmphost\" tests=\""
         << outcomes.size() << "\" failures=\"" << failures << "\" errors=\"0\" skipped=\"0\" time=\""
         << duration << "\">\n";
-    for ( Outcome const& outcome : outcomes ) {
+    for ( ExpectationOutcome const& outcome : outcomes ) {
         writeCase( out, outcome );
     }
     out << "  </testsuite>\n</testsuites>\n";

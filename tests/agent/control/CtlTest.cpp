@@ -154,12 +154,16 @@ TEST_F( Ctl, SetTakesEffectInTheBinding ) {
 
 TEST_F( Ctl, SetThatActsAtOnceRaisesNothing ) {
     addHosts();
-    EXPECT_EQ( output( { "set", "rx-*", "blocked=true" } ), "3 hosts, rx-1 to rx-3: set blocked=true\n" );
     EXPECT_EQ(
-        json( { "set", "rx-1", "blocked=false" } ), Json( { { "done", "set" },
-                                                            { "hosts", { "rx-1" } },
-                                                            { "objects", { "blocked=false" } },
-                                                            { "raised", Json::array() } } )
+        output( { "set", "rx-*", "unsolicitedReportInterval=5" } ),
+        "3 hosts, rx-1 to rx-3: set unsolicitedReportInterval=5\n"
+    );
+    EXPECT_EQ(
+        json( { "set", "rx-1", "unsolicitedReportInterval=6" } ),
+        Json( { { "done", "set" },
+                { "hosts", { "rx-1" } },
+                { "objects", { "unsolicitedReportInterval=6" } },
+                { "raised", Json::array() } } )
     );
 }
 

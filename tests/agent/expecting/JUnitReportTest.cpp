@@ -14,7 +14,7 @@ namespace {
 
 /// What a parser of XML says of the report: "NAME TIME" for each case, with the failure behind it.
 std::string
-parsed( std::vector<Outcome> const& outcomes ) {
+parsed( std::vector<ExpectationOutcome> const& outcomes ) {
     TemporaryFolder const folder;
     std::ostringstream text;
     writeJUnit( text, outcomes, 12.5 );
