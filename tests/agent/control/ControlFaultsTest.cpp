@@ -203,23 +203,30 @@ TEST_F( ControlFaults, PeersThatAreTooManyAreToldSo ) {
     expectUndisturbed();
 }
 
+/// Prefix of a command of another user, who counts executed lines, if at all, where he may write.
 std::vector<std::string>
-asNobody() {
-    return { "setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--inh-caps=-all" };
+asNobody( TemporaryFolder const& writable ) {
+    return { "setpriv",
+             "--reuid=65534",
+             "--regid=65534",
+             "--clear-groups",
+             "--inh-caps=-all",
+             "env",
+             "GCOV_PREFIX=" + writable.path().string() };
 }
 
 /// Whether another user can run the command at all; it may lie in a folder that is closed.
 bool
-nobodyCanRun() {
-    return toldBy( { "--version" }, asNobody() ).status == 0;
+nobodyCanRun( TemporaryFolder const& writable ) {
+    return toldBy( { "--version" }, asNobody( writable ) ).status == 0;
 }
 
 TEST_F( ControlFaults, OtherUserHasNoPermission ) {
-    if ( !nobodyCanRun() ) {
+    if ( !nobodyCanRun( folder_ ) ) {
         GTEST_SKIP() << "another user cannot run the command";
     }
     std::filesystem::permissions( folder_.path(), std::filesystem::perms::all );
-    Told const told = ctl( { "hosts" }, asNobody() );
+    Told const told = ctl( { "hosts" }, asNobody( folder_ ) );
     EXPECT_EQ( told.status, 1 );
     EXPECT_EQ(
         told.errors, "igmphost: error: no agent is reached at " + path_ +
@@ -228,12 +235,12 @@ TEST_F( ControlFaults, OtherUserHasNoPermission ) {
 }
 
 TEST_F( ControlFaults, OtherUserIsRefusedEvenWhereThePathIsOpen ) {
-    if ( !nobodyCanRun() ) {
+    if ( !nobodyCanRun( folder_ ) ) {
         GTEST_SKIP() << "another user cannot run the command";
     }
     std::filesystem::permissions( folder_.path(), std::filesystem::perms::all );
     std::filesystem::permissions( path_, std::filesystem::perms::all );
-    Told const told = ctl( { "hosts" }, asNobody() );
+    Told const told = ctl( { "hosts" }, asNobody( folder_ ) );
     EXPECT_EQ( told.status, 1 );
     EXPECT_EQ(
         told.errors,
