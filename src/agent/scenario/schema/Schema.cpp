@@ -30,7 +30,7 @@ numberOrText( std::string const& text ) {
 Json
 wholeSchema( Kiv::ValueType const& type ) {
     Kiv::U64 greatest = 0xffffffff;
-    for ( Kiv::U64 const narrower : { 0xffff, 0xff } ) {
+    for ( Kiv::U64 const narrower : { Kiv::U64{ 0xffff }, Kiv::U64{ 0xff } } ) {
         try {
             type.parse( std::to_string( narrower + 1 ) );
         } catch ( Kiv::RangeException const& ) {
