@@ -38,6 +38,8 @@ struct Attribute {
     char const* objectType = nullptr;   ///< full name of the class that is held or collected
     PointerOps const* pointer = nullptr;
     CollectionOps const* collection = nullptr;
+    /// Whether the attribute has that value, of its type.
+    bool ( *holds )( PtrInterface const& object, std::any const& value ) = nullptr;
     /// A change of it makes what else was changed on the object take effect, so a replica gets it last.
     bool announces = false;
     char const* help = nullptr; ///< one line for users: meaning, unit, range
@@ -64,6 +66,9 @@ readOnlyAttribute(
                    nullptr,
                    nullptr };
     row.help = help;
+    row.holds = []( PtrInterface const& object, std::any const& value ) {
+        return ( objectAs<Class>( object ).*reader )() == std::any_cast<T const&>( value );
+    };
     return row;
 }
 

@@ -237,7 +237,7 @@ TEST_F( HostilePeer, RandomMessagesAndChangedStreamsEndAtMostTheirOwnStream ) {
     );
     std::minstd_rand random( 7 );
     unsigned ended = 0;
-    for ( unsigned round = 0; round < 2'000; ++round ) {
+    for ( unsigned round = 0; round < 300; ++round ) {
         serve( true );
         Bytes bytes = good;
         for ( unsigned i = 0; i <= round % 4; ++i ) {
@@ -249,7 +249,7 @@ TEST_F( HostilePeer, RandomMessagesAndChangedStreamsEndAtMostTheirOwnStream ) {
         turns( 3 );
         ended += server_->isOpen() ? 0 : 1;
     }
-    EXPECT_GT( ended, 1'000U );
+    EXPECT_GT( ended, 150U );
 }
 
 /// The bytes of one message, which must never change.

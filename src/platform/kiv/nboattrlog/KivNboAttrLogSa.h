@@ -108,7 +108,7 @@ class Entity::KivNboAttrLogSa : public StreamAdapter {
     bool flowValues( PlanRow const& row );
     bool flowMarker( PlanRow const& row );
     void serializeDel( KivNboAttrLogSa& child );
-    bool isToBeTold( PlanRow const& row, std::span<U8 const> value );
+    bool isToBeTold( PlanRow const& row );
     void keyOut( NboAttrLog::Out& out ) const;
     std::string keyBytes() const;
     MsgHeader header( AttributeId id, Operation operation ) const;

@@ -158,7 +158,8 @@ Sa::applyMember( PlanRow const& row, In& in ) {
     demuxer_.peerTable().checkFresh( id );
     std::any const key = row.form == RowForm::members ? row.attribute->keyType->in( in ) : std::any();
     in.endIs();
-    if ( hasPriority( row, keyBytesOf( row, key ) ) ) {
+    if ( demuxer_.isClient() && !demuxer_.pendingWrites().isEmpty() &&
+         hasPriority( row, keyBytesOf( row, key ) ) ) {
         demuxer_.peerTable().arrive( id, nullptr ); // its own announcement is under way, see below
         return;
     }

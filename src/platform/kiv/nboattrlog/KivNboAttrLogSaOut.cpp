@@ -29,23 +29,22 @@ Sa::written( AttributeId id, std::string const& key ) {
 void
 Sa::handleAttrFlowOut( AttributeId id ) {
     PlanRow const& row = *plan_.find( id );
+    if ( flowOut_ && !isToBeTold( row ) ) {
+        return;
+    }
     Out& out = *demuxer_.owner().nboAttrLogOut();
     Out::Record record( out, header( id, Operation::value ) );
     row.attribute->type->out( out, row.attribute->read( entity() ) );
-    if ( flowOut_ && !isToBeTold( row, record.payload() ) ) {
-        return;
-    }
     record.finish();
     written( id, {} );
 }
 
 /// Clears the mark. False for a default that the peer has anyway.
 bool
-Sa::isToBeTold( PlanRow const& row, std::span<U8 const> value ) {
+Sa::isToBeTold( PlanRow const& row ) {
     unsigned const index = plan_.index( row );
     flowOut_->kivIsDirtyIs( index, false );
-    std::string_view const text( reinterpret_cast<char const*>( value.data() ), value.size() );
-    if ( flowOut_->isUntold( index ) && text == row.defaultBytes ) {
+    if ( flowOut_->isUntold( index ) && row.isAtDefault( entity() ) ) {
         return false;
     }
     flowOut_->isToldIs( index );
@@ -59,7 +58,10 @@ Sa::kivHandleSerializeSing( PlanRow const& row, std::any const& key ) {
     Ptr<PtrInterface> const present = at.collection->find( entity(), key );
     Out::Record record( out, header( at.id, present ? Operation::value : Operation::del ) );
     at.keyType->out( out, key );
-    std::string const keyBytes( record.payload().begin(), record.payload().end() );
+    std::string keyBytes;
+    if ( demuxer_.isClient() ) {
+        keyBytes.assign( record.payload().begin(), record.payload().end() );
+    }
     if ( present ) {
         at.collection->valueType->out( out, at.collection->value( *present ) );
     }
@@ -95,7 +97,7 @@ Sa::kivInstantiateSerialize() {
     keyOut( out );
     record.finish();
     isAnnouncedHere_ = true;
-    parentAdapter_->written( place_->attribute->id, keyBytes() );
+    parentAdapter_->written( place_->attribute->id, demuxer_.isClient() ? keyBytes() : std::string() );
 }
 
 void

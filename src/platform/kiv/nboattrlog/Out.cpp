@@ -48,12 +48,15 @@ Out::nextEntityIdIs( EntityId const& id ) {
 
 void
 Out::nextHeaderIs( MsgHeader const& header ) {
-    nextEntityIdIs( header.entity );
-    nextU32Is( static_cast<U32>( header.attribute ) );
-    nextU8Is( static_cast<U8>( header.operation ) );
-    nextU32Is( header.length );
-    nextU32Is( header.secondWord );
-    nextU8Is( header.secondFlags );
+    std::size_t const at = bytes_.size();
+    bytes_.resize( at + MsgHeader::bytes );
+    u32Is( at, header.entity.slot );
+    u32Is( at + 4, header.entity.generation );
+    u32Is( at + 8, static_cast<U32>( header.attribute ) );
+    bytes_[at + 12] = static_cast<U8>( header.operation );
+    u32Is( at + lengthAt, header.length );
+    u32Is( at + 17, header.secondWord );
+    bytes_[at + 21] = header.secondFlags;
 }
 
 void

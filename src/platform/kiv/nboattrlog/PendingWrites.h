@@ -15,6 +15,7 @@ class PendingWrites {
   public:
     /// Written in that frame.
     void add( EntityId const& entity, AttributeId id, std::string const& key, U32 frame );
+    bool isEmpty() const { return writes_.empty(); }
     bool has( EntityId const& entity, AttributeId id, std::string const& key ) const {
         return !writes_.empty() && writes_.count( Place{ entity, id, key } ) != 0;
     }

@@ -50,15 +50,14 @@ Plan::Plan( Type const& type ) : keyRow_( type.keyRow() ), childPlans_( type.att
         RowForm form = formOf( row );
         form = isReachable( row, form ) ? form : RowForm::none;
         U64 const bit = U64{ 1 } << rows_.size();
-        std::string defaultBytes;
+        std::any defaultValue;
         if ( form == RowForm::scalar ) {
             ( row.announces ? announcements_ : contents_ ) |= bit;
-            defaultBytes =
-                row.defaultText ? bytesOf( *row.type, row.type->parse( row.defaultText ) ) : std::string();
+            defaultValue = row.defaultText ? row.type->parse( row.defaultText ) : std::any();
         } else if ( form != RowForm::none ) {
             structures_ |= bit;
         }
-        rows_.push_back( { &row, form, defaultBytes } );
+        rows_.push_back( { &row, form, defaultValue } );
     }
 }
 
@@ -86,7 +85,7 @@ Plan::isPristine( Entity const& entity ) const {
     for ( PlanRow const& row : rows_ ) {
         Attribute const& at = *row.attribute;
         bool const isChanged = row.form == RowForm::scalar
-                                   ? bytesOf( *at.type, at.read( entity ) ) != row.defaultBytes
+                                   ? !row.isAtDefault( entity )
                                    : ( row.form == RowForm::child ? at.pointer->read( entity ) != nullptr
                                                                   : row.form != RowForm::none &&
                                                                         at.collection->count( entity ) != 0 );
@@ -101,8 +100,8 @@ void
 Plan::clear( Entity& entity ) const {
     for ( PlanRow const& row : rows_ ) {
         Attribute const& at = *row.attribute;
-        if ( row.form == RowForm::scalar && at.defaultText ) {
-            at.write( entity, at.type->parse( at.defaultText ) );
+        if ( row.form == RowForm::scalar && row.defaultValue.has_value() ) {
+            at.write( entity, row.defaultValue );
         } else if ( row.form == RowForm::child ) {
             at.pointer->del( entity );
         } else if ( row.form == RowForm::values || row.form == RowForm::members ) {

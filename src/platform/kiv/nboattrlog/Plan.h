@@ -19,7 +19,11 @@ enum class RowForm : U8 {
 struct PlanRow {
     Attribute const* attribute;
     RowForm form;
-    std::string defaultBytes; ///< of a scalar, as on a stream; empty where no default is known
+    std::any defaultValue; ///< of a scalar; empty where no default is known
+
+    bool isAtDefault( Entity const& entity ) const {
+        return defaultValue.has_value() && attribute->holds( entity, defaultValue );
+    }
 };
 
 /// What replication needs to know of a class, derived once from the class's table of attributes. Rows are
