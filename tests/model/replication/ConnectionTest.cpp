@@ -146,7 +146,7 @@ TEST_F( Replication, WhatAnnouncesArrivesLast ) {
             }
         ) );
     };
-    auto const watchers = { watch( host( mirror_ ) ), watch( record ), watch( sources ) };
+    [[maybe_unused]] auto const watchers = { watch( host( mirror_ ) ), watch( record ), watch( sources ) };
     Link again( served_, mirror_ );
     exchange( again );
     ASSERT_GE( order.size(), 10U );
