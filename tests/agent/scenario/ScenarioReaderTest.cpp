@@ -248,7 +248,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Fault{ "hosts:\n  - name: 'a", ":2:13: error: not YAML: illegal EOF in scalar\n" },
         Fault{ "hosts: [ { name: a } ]\n---\nhosts: []",
-               ":3:1: error: expected one document, found a second one\n" },
+               ":2:1: error: expected one document, found a second one\n" },
+        Fault{ "{ hosts: [] }\n, found", ":2:1: error: expected one document, found a second one\n" },
         Fault{ "hosts: *unknown", ":1:8: error: not YAML: the referenced anchor is not defined\n" }
     )
 );

@@ -1,9 +1,11 @@
 #include "agent/scenario/reading/YamlReader.h"
 
 #include <yaml-cpp/depthguard.h>
+#include <yaml-cpp/eventhandler.h>
 
 #include <algorithm>
 #include <map>
+#include <sstream>
 
 #include "agent/scenario/Suggestion.h"
 
@@ -28,6 +30,44 @@ plainText( std::string_view text, Kiv::ValueType const& type ) {
     return type.form == Kiv::ValueForm::real && text == ".inf" ? "inf" : text;
 }
 
+/// Listens for where a second document starts.
+class SecondDocument final : public YAML::EventHandler {
+  public:
+    std::optional<YAML::Mark> const& mark() const { return mark_; }
+
+    void OnDocumentStart( YAML::Mark const& mark ) override {
+        if ( ++documents_ == 2 ) {
+            mark_ = mark;
+        }
+    }
+    void OnDocumentEnd() override {}
+    void OnNull( YAML::Mark const&, YAML::anchor_t ) override {}
+    void OnAlias( YAML::Mark const&, YAML::anchor_t ) override {}
+    void OnScalar( YAML::Mark const&, std::string const&, YAML::anchor_t, std::string const& ) override {}
+    void OnSequenceStart( YAML::Mark const&, std::string const&, YAML::anchor_t, YAML::EmitterStyle::value )
+        override {}
+    void OnSequenceEnd() override {}
+    void
+    OnMapStart( YAML::Mark const&, std::string const&, YAML::anchor_t, YAML::EmitterStyle::value ) override {}
+    void OnMapEnd() override {}
+
+  private:
+    int documents_ = 0;
+    std::optional<YAML::Mark> mark_;
+};
+
+/// Where a second document starts. Never asks for a third: at a stray comma between two nodes the parser
+/// finds one empty document after another, without end.
+std::optional<YAML::Mark>
+secondDocument( std::string const& text ) {
+    std::istringstream in( text );
+    YAML::Parser parser( in );
+    SecondDocument second;
+    while ( !second.mark() && parser.HandleNextDocument( second ) ) {
+    }
+    return second.mark();
+}
+
 } // namespace
 
 std::optional<YAML::Node>
@@ -36,12 +76,11 @@ YamlReader::document( std::string const& text ) {
         return {};
     }
     try {
-        std::vector<YAML::Node> const documents = YAML::LoadAll( text );
-        if ( documents.size() > 1 ) {
-            error( at( documents[1] ), "expected one document, found a second one" );
+        if ( std::optional<YAML::Mark> const second = secondDocument( text ) ) {
+            error( at( *second ), "expected one document, found a second one" );
             return {};
         }
-        return documents.empty() ? YAML::Node() : documents.front();
+        return YAML::Load( text );
     } catch ( YAML::DeepRecursion const& deep ) {
         error( at( deep.mark ), "nested too deeply" );
     } catch ( YAML::Exception const& fault ) {
