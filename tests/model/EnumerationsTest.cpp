@@ -98,6 +98,32 @@ TEST( Enumerations, StringValueOfANumberOutsideTheTableHasTheNumber ) {
     EXPECT_EQ( stringValue( TimerState{ 9 } ), Kiv::String8( "TimerState(9)" ) );
 }
 
+/// Numbers print as the 32-bit integers with a sign that %d makes of them.
+TEST( Enumerations, NumberWithoutANamePrintsWithItsSign ) {
+    EXPECT_EQ( stringValue( IgmpVersion{ 0xffffffff } ), Kiv::String8( "IgmpVersion(-1)" ) );
+    EXPECT_EQ( stringValue( TimerState{ 0x80000000 } ), Kiv::String8( "TimerState(-2147483648)" ) );
+}
+
+TEST( Enumerations, NamesAreComparedWhole ) {
+    for ( char const* const name :
+          { "", "igmpVersion", "igmpVersion22", "IgmpVersion2", " igmpVersion2", "2" } ) {
+        EXPECT_EQ( Zornet::rangeMessage( [&] { IgmpVersionInstance( name ); } ), "IgmpVersion" ) << name;
+    }
+    for ( char const* const name : { "", "timer", "timerRunning2", "TimerRunning", "timerRunning ", "1" } ) {
+        EXPECT_EQ( Zornet::rangeMessage( [&] { TimerStateInstance( name ); } ), "TimerState" ) << name;
+    }
+}
+
+TEST( Enumerations, NumberWithoutANameHasATextFormThatIsNotRead ) {
+    IgmpVersion version = igmpVersion1;
+    EXPECT_EQ( valueToStrep( IgmpVersion{ 7 } ), Kiv::String8( "'IgmpVersion(7)'" ) );
+    EXPECT_EQ(
+        Zornet::rangeMessage( [&] { Kiv::strepToValue( valueToStrep( IgmpVersion{ 7 } ), &version ); } ),
+        "IgmpVersion"
+    );
+    EXPECT_EQ( version, igmpVersion1 );
+}
+
 TEST( Enumerations, TextFormKeepsTheSingleQuotes ) {
     EXPECT_EQ( valueToStrep( igmpVersion3 ), Kiv::String8( "'igmpVersion3'" ) );
 }
@@ -125,6 +151,34 @@ TEST( Enumerations, BadTextFormIsRefusedWithTheTypesNameAlone ) {
         Zornet::rangeMessage( [&] { Kiv::strepToValue( "'timerRunning' x", &state ); } ),
         "junk at column 14 deserializing 'timerRunning' x"
     );
+}
+
+TEST( Enumerations, TextFormWithoutItsQuotesIsRefusedByTheReaderOfStrings ) {
+    IgmpVersion version = igmpVersion1;
+    TimerState state = timerRunning;
+    EXPECT_EQ(
+        Zornet::rangeMessage( [&] { Kiv::strepToValue( "igmpVersion2", &version ); } ),
+        "expected \" '\" at column 0"
+    );
+    EXPECT_EQ(
+        Zornet::rangeMessage( [&] { Kiv::strepToValue( "'timerExpired", &state ); } ),
+        "expected \"'\" at column 13"
+    );
+    EXPECT_EQ( version, igmpVersion1 );
+    EXPECT_EQ( state, timerRunning );
+}
+
+TEST( Enumerations, ReaderStopsBehindTheText ) {
+    Kiv::String8 const text( " 'igmpVersion3''timerExpired', next" );
+    Kiv::String8::IteratorConst at = text.begin();
+    IgmpVersion version = igmpVersion1;
+    TimerState state = timerRunning;
+    sequenceToValue( at, text.end(), &version );
+    EXPECT_EQ( at.column(), 15 );
+    sequenceToValue( at, text.end(), &state );
+    EXPECT_EQ( *at, ',' );
+    EXPECT_EQ( version, igmpVersion3 );
+    EXPECT_EQ( state, timerExpired );
 }
 
 TEST( Enumerations, VersionsAreReadFromTextByNameOrNumber ) {

@@ -146,9 +146,16 @@ TEST_F( Registration, EntitiesDeclareWhatTheyInheritAndTheirKey ) {
 }
 
 TEST_F( Registration, EnumeratorsHaveTheirNumberAsId ) {
-    EXPECT_EQ( attr( "Igmp::IgmpVersion", "igmpVersionUnknown" ).id(), 0 );
-    EXPECT_EQ( attr( "Igmp::IgmpVersion", "igmpVersion3" ).id(), 3 );
-    EXPECT_EQ( attr( "Igmp::TimerState", "timerExpired" ).id(), 2 );
+    AttributeId id = 0;
+    for ( char const* const name :
+          { "igmpVersionUnknown", "igmpVersion1", "igmpVersion2", "igmpVersion3" } ) {
+        EXPECT_EQ( attr( "Igmp::IgmpVersion", name ).id(), id++ ) << name;
+        EXPECT_EQ( attr( "Igmp::IgmpVersion", name ).typeName(), String8( "Igmp::IgmpVersion" ) ) << name;
+    }
+    id = 0;
+    for ( char const* const name : { "timerDisabled", "timerRunning", "timerExpired" } ) {
+        EXPECT_EQ( attr( "Igmp::TimerState", name ).id(), id++ ) << name;
+    }
 }
 
 TEST_F( Registration, KeyOfTheMultiplexersHasANameOfItsOwn ) {
@@ -175,7 +182,11 @@ TEST_F( Registration, ConstructorArgumentsAreNamedWithTheirTypes ) {
         }
         return all;
     };
-    EXPECT_THAT( arguments( "Igmp::IgmpHost" ), ElementsAre( "name Kiv::Name" ) );
+    for ( char const* const named : { "Igmp::IgmpHost", "Igmp::IgmpHostDir", "Igmp::IgmpHostStatus",
+                                      "Igmp::IgmpHostStatusDir", "Igmp::IgmpHostTestAgentRoot" } ) {
+        EXPECT_THAT( arguments( named ), ElementsAre( "name Kiv::Name" ) ) << named;
+    }
+    EXPECT_THAT( arguments( "Igmp::IgmpVersion" ), ElementsAre() );
     EXPECT_THAT( arguments( "Igmp::IgmpV3HostGroupSourceList" ), ElementsAre() );
     EXPECT_THAT(
         arguments( "Igmp::IgmpV3GroupRecord" ),
@@ -232,6 +243,43 @@ TEST_F( Registration, HostMachineDeclaresItsAttributesInOrder ) {
             "igmpHostDirSm"
         )
     );
+}
+
+TEST_F( Registration, RootDeclaresItsThreePointers ) {
+    std::pair<char const*, char const*> const pointers[] = {
+        { "igmpHostDir", "Igmp::IgmpHostDir" },
+        { "igmpHostStatusDir", "Igmp::IgmpHostStatusDir" },
+        { "igmpHostDirSm", "Igmp::IgmpHostDirSm" },
+    };
+    AttributeId id = 258;
+    for ( auto const& [name, type] : pointers ) {
+        Kiv::KivAttr const& pointer = attr( "Igmp::IgmpHostTestAgentRoot", name );
+        EXPECT_EQ( pointer.id(), id++ );
+        EXPECT_EQ( pointer.typeName(), String8( type ) );
+        EXPECT_EQ( pointer.flags(), 0x8220143U );
+        EXPECT_EQ( pointer.introspectionFlags(), 0x400U );
+    }
+    EXPECT_EQ( Type::find( "Igmp::IgmpHostTestAgentRoot" )->attributes().size(), 3U );
+    EXPECT_FALSE( Type::find( "Igmp::IgmpHostTestAgentRoot" )->attr( "fwkKey" ) );
+}
+
+TEST_F( Registration, FieldsOfAValueAreNumberedFromTwo ) {
+    AttributeId id = 2;
+    for ( char const* const field : { "intfId", "deviceName", "vlanId", "tagged", "useMux" } ) {
+        EXPECT_EQ( attr( "Igmp::IgmpHostIntfConfig", field ).id(), id++ ) << field;
+    }
+    EXPECT_EQ( attr( "Igmp::IgmpHostIntfConfig", "deviceName" ).typeName(), String8( "Kiv::String" ) );
+    EXPECT_FALSE( attr( "Igmp::IgmpHostIntfConfig", "kivHasAttrLogInterface" ).isDeclared() );
+}
+
+/// At load, before anybody wants to know, so that a handle may be kept from then on.
+TEST_F( Registration, EveryTypeHasTheHandlesOfReplication ) {
+    for ( Type const* type : Type::types() ) {
+        ASSERT_TRUE( type->attr( "kivNboAttrLogSaForMsgChannel" ) ) << type->name();
+        EXPECT_FALSE( type->attr( "kivNboAttrLogSaForMsgChannel" )->isDeclared() ) << type->name();
+        ASSERT_TRUE( type->attr( "kivHasAttrLogInterface" ) ) << type->name();
+        EXPECT_EQ( type->attr( "kivHasAttrLogInterface" )->isDeclared(), type->isEntity() ) << type->name();
+    }
 }
 
 TEST_F( Registration, DirectoryMachineDeclaresItsAttributesInOrder ) {

@@ -9,14 +9,19 @@ IntrospectionReactor::global() {
 }
 
 void
-IntrospectionReactor::handleNameSpace( char const* ) {
+IntrospectionReactor::handleNameSpace( char const* name ) {
     invariant( scopes_.empty(), "a namespace stands outside every scope" );
+    nameSpace_ = name;
     scopes_.push_back( Scope::nameSpace );
 }
 
 void
 IntrospectionReactor::handleType( Type* type, Type* baseType ) {
     invariant( isInnermost( Scope::nameSpace ), "a type stands in a namespace" );
+    invariant(
+        std::string_view( type->name() ).starts_with( std::string( nameSpace_ ) + "::" ),
+        "a type is declared in its namespace"
+    );
     invariant( type->base() == baseType, "a type is declared with its base" );
     scopes_.push_back( Scope::type );
     types_.push_back( type );
@@ -28,7 +33,7 @@ IntrospectionReactor::defNoninstantiatingAttr(
     U32 introspectionFlags, AttributeId id
 ) {
     invariant( isInnermost( Scope::type ) && types_.back() == type, "an attribute stands in its type" );
-    type->attrIs( name )->declarationIs( id, attrType, keyType, flags, introspectionFlags );
+    KivAttr::attrIs( *type, name )->declarationIs( id, attrType, keyType, flags, introspectionFlags );
 }
 
 void

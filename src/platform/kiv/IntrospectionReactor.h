@@ -38,6 +38,7 @@ class IntrospectionReactor : public PtrInterface {
     bool isInnermost( Scope scope ) const { return !scopes_.empty() && scopes_.back() == scope; }
 
     bool active_ = false;
+    char const* nameSpace_ = "";
     std::vector<Scope> scopes_;
     std::vector<Type*> types_;
 };

@@ -73,7 +73,7 @@ declareRow( IntrospectionReactor& reactor, Type& type, Attribute const& row, cha
 void
 declareInherited( IntrospectionReactor& reactor, Type& type ) {
     auto const [first, second] = hasAttrLogInterfaceFlags;
-    Ptr<KivAttr> const attr = type.attrIs( "kivHasAttrLogInterface" );
+    Ptr<KivAttr> const attr = KivAttr::attrIs( type, "kivHasAttrLogInterface" );
     attr->declarationIs( attrHasAttrLogInterface, "bool", "", first, second );
     reactor.handleAttr( attr );
     reactor.handleAttrContextExit();
@@ -124,10 +124,10 @@ RegistrationUnit::load() {
     for ( TypeSlot& slot : types_ ) {
         Type* const record = type( slot );
         Type::typeNodeIs( record, slot.declaration.name );
-        record->attrIs( "kivNboAttrLogSaForMsgChannel" );
-        record->attrIs( "kivHasAttrLogInterface" );
+        KivAttr::attrIs( *record, "kivNboAttrLogSaForMsgChannel" );
+        KivAttr::attrIs( *record, "kivHasAttrLogInterface" );
         for ( Attribute const& row : record->attributes() ) {
-            record->attrIs( row.name );
+            KivAttr::attrIs( *record, row.name );
         }
     }
     registerTypes();

@@ -93,12 +93,12 @@ Type::attr( std::string_view name ) const {
 }
 
 Ptr<KivAttr>
-Type::attrIs( String8 const& name ) {
-    if ( Ptr<KivAttr> const known = attr( name.view() ) ) {
+KivAttr::attrIs( Type& type, String8 const& name ) {
+    if ( Ptr<KivAttr> const known = type.attr( name.view() ) ) {
         return known;
     }
-    attrs_.emplace_back( new KivAttr( name ) );
-    return attrs_.back();
+    type.attrs_.emplace_back( new KivAttr( name ) );
+    return type.attrs_.back();
 }
 
 Type*

@@ -30,6 +30,8 @@ struct TypeDeclaration {
 class KivAttr : public PtrInterface {
   public:
     explicit KivAttr( String8 const& name ) : name_( name ) {}
+    /// The type's handle of that name, made where it has none yet.
+    static Ptr<KivAttr> attrIs( Type& type, String8 const& name );
 
     String8 const& name() const { return name_; }
     AttributeId id() const { return id_; }
@@ -98,9 +100,10 @@ class Type : public PtrInterface {
     /// Handles, in the order in which they were first asked for.
     std::vector<Ptr<KivAttr>> const& attrs() const { return attrs_; }
     Ptr<KivAttr> attr( std::string_view name ) const;
-    Ptr<KivAttr> attrIs( String8 const& name );
 
   private:
+    friend class KivAttr;
+
     TypeDeclaration const& declaration_;
     bool isEntity_ = false;
     bool isValue_ = false;

@@ -45,9 +45,11 @@ class RegistrationUnitTest : public ::testing::Test {
 };
 
 TEST_F( RegistrationUnitTest, NothingIsDeclaredWhileNobodyWantsToKnow ) {
+    Kiv::U32 const references = reactor_->references();
     unit_.registerTypes();
     EXPECT_EQ( declared(), before_ );
     EXPECT_EQ( slots_[0].record, nullptr );
+    EXPECT_EQ( reactor_->references(), references );
 }
 
 TEST_F( RegistrationUnitTest, LaterCallDeclaresWhatAnEarlierOneCouldNot ) {
@@ -118,12 +120,107 @@ TEST_F( RegistrationUnitTest, DerivedTypeIsOfItsBasesToo ) {
     EXPECT_FALSE( Kiv::Entity::_fwkType()->isA( record ) );
 }
 
-using IntrospectionReactorDeathTest = RegistrationUnitTest;
+TEST_F( RegistrationUnitTest, IntrospectionIsOneForTheProcess ) {
+    EXPECT_EQ( IntrospectionReactor::global(), reactor_ );
+}
 
-TEST_F( IntrospectionReactorDeathTest, ScopesNest ) {
+TEST_F( RegistrationUnitTest, HandleOfAnAttributeIsMadeOnce ) {
     Type* const record = unit_.type( "Test::Dial" );
-    EXPECT_DEATH( reactor_->handleType( record, record->base() ), "a type stands in a namespace" );
+    Ptr<Kiv::KivAttr> const handle = Kiv::KivAttr::attrIs( *record, "turns" );
+    EXPECT_EQ( handle->name(), String8( "turns" ) );
+    EXPECT_FALSE( handle->isDeclared() );
+    EXPECT_EQ( Kiv::KivAttr::attrIs( *record, "turns" ), handle );
+    EXPECT_EQ( record->attr( "turns" ), handle );
+    EXPECT_EQ( record->attrs().size(), 1U );
+}
+
+/// What is told in a wrong order. Each test is of a process of its own, which ends.
+class IntrospectionReactorDeathTest : public RegistrationUnitTest {
+  protected:
+    void declare( Type* type, char const* name ) {
+        reactor_->defNoninstantiatingAttr( type, name, "U32", "", 0, 0, 258 );
+    }
+    Ptr<Kiv::KivAttr> declaredAttr() {
+        Ptr<Kiv::KivAttr> const attr = Kiv::KivAttr::attrIs( *record_, "turns" );
+        attr->declarationIs( 258, "U32", "", 0, 0 );
+        return attr;
+    }
+    void openType() {
+        reactor_->handleNameSpace( "Test" );
+        reactor_->handleType( record_, record_->base() );
+    }
+
+    Type* const record_ = unit_.type( "Test::Dial" );
+};
+
+TEST_F( IntrospectionReactorDeathTest, TypeStandsInItsNamespace ) {
+    EXPECT_DEATH( reactor_->handleType( record_, record_->base() ), "a type stands in a namespace" );
+    EXPECT_DEATH(
+        {
+            reactor_->handleNameSpace( "Tes" );
+            reactor_->handleType( record_, record_->base() );
+        },
+        "a type is declared in its namespace"
+    );
+    EXPECT_DEATH(
+        {
+            openType();
+            reactor_->handleType( record_, record_->base() );
+        },
+        "a type stands in a namespace"
+    );
+}
+
+TEST_F( IntrospectionReactorDeathTest, TypeIsDeclaredWithItsBase ) {
+    EXPECT_DEATH(
+        {
+            reactor_->handleNameSpace( "Test" );
+            reactor_->handleType( record_, nullptr );
+        },
+        "a type is declared with its base"
+    );
+}
+
+TEST_F( IntrospectionReactorDeathTest, NamespacesDoNotNest ) {
+    EXPECT_DEATH(
+        {
+            reactor_->handleNameSpace( "Test" );
+            reactor_->handleNameSpace( "Test" );
+        },
+        "a namespace stands outside every scope"
+    );
+}
+
+TEST_F( IntrospectionReactorDeathTest, AttributeStandsInItsType ) {
+    EXPECT_DEATH( declare( record_, "turns" ), "an attribute stands in its type" );
+    EXPECT_DEATH(
+        {
+            openType();
+            declare( Kiv::Entity::_fwkType(), "turns" );
+        },
+        "an attribute stands in its type"
+    );
+    EXPECT_DEATH( reactor_->handleAttr( declaredAttr() ), "an attribute stands in its type" );
+    EXPECT_DEATH(
+        {
+            openType();
+            reactor_->handleAttr( Kiv::KivAttr::attrIs( *record_, "turns" ) );
+        },
+        "an attribute stands in its type"
+    );
+}
+
+TEST_F( IntrospectionReactorDeathTest, ScopesAreClosedAsTheyWereOpened ) {
     EXPECT_DEATH( reactor_->handleScopeExit(), "a scope is open" );
+    EXPECT_DEATH( reactor_->handleAttrContextExit(), "an attribute's context is open" );
+    EXPECT_DEATH(
+        {
+            openType();
+            reactor_->handleAttr( declaredAttr() );
+            reactor_->handleScopeExit();
+        },
+        "a scope is open"
+    );
 }
 
 } // namespace
