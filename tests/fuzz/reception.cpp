@@ -13,18 +13,19 @@
 #include "lab/IgmpFrame.h"
 #include "platform/kiv/Activity.h"
 #include "platform/kiv/Clock.h"
-#include "platform/zornet/Checksum.h"
 #include "platform/zornet/Eth8021QHdr.h"
-#include "platform/zornet/EthHdr.h"
-#include "platform/zornet/IpHdr.h"
 #include "platform/zornet/device/DeviceProvider.h"
-#include "tests/fuzz/FuzzInput.h"
+#include "tests/fuzz/FuzzFrames.h"
 #include "tests/support/FedPam.h"
 
 namespace {
 
 using namespace Igmp;
+using Fuzz::Bytes;
+using Fuzz::frameOf;
 using Fuzz::Input;
+using Fuzz::ipAt;
+using Fuzz::mendChecksums;
 using Fuzz::require;
 using Kiv::Seconds;
 using Support::FedPam;
@@ -33,60 +34,16 @@ using Zornet::IpAddr;
 using Zornet::U16;
 using Zornet::U32;
 using Zornet::U8;
-using Bytes = std::vector<U8>;
 
 constexpr unsigned maxSteps = 64;
 constexpr unsigned fedHosts = 6;    ///< each on an access object of its own; the second half held
 constexpr unsigned deviceHosts = 3; ///< on one device: untagged, tagged, tagged on a shared device
 constexpr unsigned hosts = fedHosts + deviceHosts;
-constexpr std::size_t ipAt = sizeof( Zornet::EthHdr );
 
 constexpr IpAddr groups[] = { IpAddr::fromHost( 0xef010101 ), IpAddr::fromHost( 0xef010102 ),
                               IpAddr::fromHost( 0xe8010101 ) };
 constexpr IpAddr sources[] = { IpAddr::fromHost( 0x0a090901 ), IpAddr::fromHost( 0x0a090902 ),
                                IpAddr::fromHost( 0x0a090903 ) };
-
-void
-storeChecksum( std::span<U8> bytes, std::size_t at ) {
-    bytes[at] = bytes[at + 1] = 0;
-    auto const* const data = reinterpret_cast<char const*>( bytes.data() );
-    U16 const sum = Zornet::ipChecksumCalc( data, static_cast<U16>( bytes.size() ), 0 ).value();
-    bytes[at] = static_cast<U8>( sum >> 8 );
-    bytes[at + 1] = static_cast<U8>( sum );
-}
-
-/// The message as a querier sends it, with Router Alert, checksums right where there is room for them.
-Bytes
-frameOf( Bytes message ) {
-    if ( message.size() >= sizeof( Zornet::IgmpCommonHdr ) ) {
-        storeChecksum( message, 2 );
-    }
-    std::size_t const total = 24 + message.size();
-    Bytes frame{ 0x01, 0x00, 0x5e, 0, 0, 1, 2, 0, 0, 0, 0, 0xfe, 0x08, 0x00, 0x46, 0 };
-    frame.push_back( static_cast<U8>( total >> 8 ) );
-    frame.push_back( static_cast<U8>( total ) );
-    frame.insert( frame.end(), { 0, 0, 0, 0, 1, 2, 0, 0, 10, 0, 0, 254, 224, 0, 0, 1, 0x94, 4, 0, 0 } );
-    storeChecksum( std::span( frame ).subspan( ipAt ), 10 );
-    frame.insert( frame.end(), message.begin(), message.end() );
-    return frame;
-}
-
-/// Sets both checksums right wherever the headers say that they are.
-void
-mendChecksums( Bytes& frame ) {
-    if ( frame.size() < ipAt + sizeof( Zornet::IpHdr ) ) {
-        return;
-    }
-    auto const* const ip = reinterpret_cast<Zornet::IpHdr const*>( frame.data() + ipAt );
-    std::size_t const header = ip->headerBytes();
-    std::size_t const payload = ip->payloadLen();
-    if ( header >= sizeof( Zornet::IpHdr ) && ipAt + header <= frame.size() ) {
-        storeChecksum( std::span( frame ).subspan( ipAt, header ), 10 );
-    }
-    if ( payload >= 4 && ipAt + header + payload <= frame.size() ) {
-        storeChecksum( std::span( frame ).subspan( ipAt + header, payload ), 2 );
-    }
-}
 
 /// A query for a group in the old form, which a host that is held at version 3 must not hear for a group it
 /// has. Sizes are those of the IP header, as the host takes them.
@@ -271,15 +228,6 @@ World::step( Input& input ) {
     }
 }
 
-Bytes
-tagged( Bytes frame ) {
-    constexpr std::size_t tagAt = 12;
-    if ( frame.size() >= tagAt ) {
-        frame.insert( frame.begin() + tagAt, { 0x81, 0, 0, 100 } );
-    }
-    return frame;
-}
-
 /// A byte says whether the frame comes in two regions and where they meet.
 void
 World::hear( Bytes const& frame, Input& input ) {
@@ -300,7 +248,7 @@ World::hear( Bytes const& frame, Input& input ) {
     }
     auto& device = static_cast<CheckingDevice&>( *provider_.device( {}, "eth0" ) );
     device.hear( frame );
-    device.hear( tagged( frame ) );
+    device.hear( Fuzz::tagged( frame, 100 ) );
 }
 
 void
