@@ -64,4 +64,25 @@ class ClockScope {
     Clock* outer_;
 };
 
+/// A clock of the system that has stopped.
+class StoppedClock : public Clock {
+  public:
+    explicit StoppedClock( Seconds time ) : now_( time ) {}
+    Seconds now() const override { return now_; }
+
+  private:
+    Seconds now_;
+};
+
+/// For the scope's life it is the moment of the scope's start, however long what is done in it takes: all to
+/// whom one event is told count from the same time. The loop must not be run within.
+class MomentScope {
+  public:
+    MomentScope() : stopped_( Kiv::now() ), scope_( clock().isSimulated() ? clock() : stopped_ ) {}
+
+  private:
+    StoppedClock stopped_;
+    ClockScope scope_;
+};
+
 } // namespace Kiv

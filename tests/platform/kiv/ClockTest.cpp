@@ -64,6 +64,35 @@ TEST( ClockTest, ScopesExchangeTheClockAndNest ) {
     EXPECT_FALSE( Kiv::clock().isSimulated() );
 }
 
+/// A second later whenever it is read.
+class HurryingClock : public Kiv::Clock {
+  public:
+    Kiv::Seconds now() const override { return ++now_; }
+
+  private:
+    mutable Kiv::Seconds now_ = 0.0;
+};
+
+TEST( ClockTest, MomentScopeStopsTheClockInForce ) {
+    HurryingClock clock;
+    Kiv::ClockScope const scope( clock );
+    {
+        Kiv::MomentScope const moment;
+        EXPECT_EQ( Kiv::now(), 1.0 );
+        EXPECT_EQ( Kiv::now(), 1.0 );
+        Kiv::MomentScope const same;
+        EXPECT_EQ( Kiv::now(), 1.0 );
+    }
+    EXPECT_EQ( Kiv::now(), 2.0 );
+}
+
+TEST( ClockTest, MomentScopeLeavesASimulatedClockInForce ) {
+    Kiv::SimulatedClock clock( 5.0 );
+    Kiv::ClockScope const scope( clock );
+    Kiv::MomentScope const moment;
+    EXPECT_EQ( &Kiv::clock(), &clock );
+}
+
 TEST( ClockTest, NeverIsTheOnlyTimeAboveTheLargestFiniteOne ) {
     EXPECT_TRUE( Kiv::isFinite( 0.0 ) );
     EXPECT_TRUE( Kiv::isFinite( std::numeric_limits<double>::max() ) );

@@ -1,5 +1,6 @@
 #include "platform/zornet/device/Device.h"
 
+#include "platform/kiv/Clock.h"
 #include "platform/zornet/EthDevPam.h"
 #include "platform/zornet/EthHdr.h"
 #include "platform/zornet/PktManager.h"
@@ -42,6 +43,7 @@ Device::portDel( EthDevPam& port ) {
 void
 Device::deliver( std::span<U8 const> frame ) {
     Kiv::Ptr<Device> const self( this );
+    Kiv::MomentScope const arrival; // to be heard by the last of many hosts takes its time
     if ( FrameTap* const tap = frameTap() ) {
         tap->handleReceived( *this, frame );
     }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeDevice.h"
+#include "platform/kiv/Clock.h"
 
 namespace Zornet {
 
@@ -63,6 +64,29 @@ TEST_F( DeviceTest, Ipv4PortsShareOnePacket ) {
     Port const b = ipv4Port();
     device().hear( frameOf( ethTypeIp ) );
     EXPECT_EQ( a.reader->pkts.at( 0 ), b.reader->pkts.at( 0 ) );
+}
+
+/// Ten thousand hosts take milliseconds to hear a query, and all are to answer within its response time.
+TEST_F( DeviceTest, FrameArrivesAtOneMomentForAllPorts ) {
+    class HurryingClock : public Kiv::Clock {
+      public:
+        Kiv::Seconds now() const override { return ++now_; }
+
+      private:
+        mutable Kiv::Seconds now_ = 0.0;
+    };
+    HurryingClock clock;
+    Kiv::ClockScope const scope( clock );
+    std::vector<Port> const ports{ everyPort(), ipv4Port(), ipv4Port() };
+    std::vector<Kiv::Seconds> moments;
+    for ( Port const& port : ports ) {
+        port.reader->onSignal = [&moments] { moments.push_back( Kiv::now() ); };
+    }
+    device().hear( frameOf( ethTypeIp ) );
+    ASSERT_EQ( moments.size(), 3U );
+    EXPECT_EQ( moments[0], moments[1] );
+    EXPECT_EQ( moments[0], moments[2] );
+    EXPECT_GT( Kiv::now(), moments[2] );
 }
 
 TEST_F( DeviceTest, PortsOfEveryProtocolHavePacketAndBufferOfTheirOwn ) {
