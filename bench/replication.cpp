@@ -10,6 +10,8 @@
 #include <stdexcept>
 
 #include "bench/support/Figures.h"
+#include "bench/support/Hosts.h"
+#include "engine/IgmpHostDirSm.h"
 #include "model/IgmpHostDir.h"
 #include "platform/kiv/Activity.h"
 #include "platform/kiv/Connection.h"
@@ -23,16 +25,21 @@ using Kiv::U32;
 using Kiv::U64;
 using Zornet::IpAddr;
 
-constexpr unsigned groupsPerHost = 10;
+/// Hosts to make or to mirror.
+struct Load {
+    unsigned hosts;
+    unsigned groups = 10;
+    bool enabled = false;
+};
 
 void
-makeHosts( IgmpHostDir& dir, unsigned count ) {
-    for ( unsigned i = 0; i < count; ++i ) {
+makeHosts( IgmpHostDir& dir, Load const& load ) {
+    for ( unsigned i = 0; i < load.hosts; ++i ) {
         Ptr<Igmp::IgmpHost> const host = dir.igmpHostIs( Kiv::Name( "host-" + std::to_string( i ) ) );
         host->ipAddrIs( IpAddr::fromHost( 0x0a000001U + i ) );
         host->macAddrIs( Zornet::EthAddr( "02:00:00:00:00:01" ) );
         host->deviceNameIs( "eth0" );
-        for ( U32 group = 0; group < groupsPerHost; ++group ) {
+        for ( U32 group = 0; group < load.groups; ++group ) {
             Ptr<Igmp::IgmpV3GroupRecord> const record =
                 host->v3groupIs( IpAddr::fromHost( 0xef010101U + group ) );
             record->filterModeIs( Igmp::IgmpV3GroupRecord::exclude );
@@ -40,6 +47,7 @@ makeHosts( IgmpHostDir& dir, unsigned count ) {
         }
         host->configVersionIs( 1 );
         host->intfConfigVersionIs( 1 );
+        host->enabledIs( load.enabled );
     }
 }
 
@@ -92,10 +100,11 @@ copySeconds( U64 bytes ) {
 
 void
 measureMirror( Bench::Figures& figures, unsigned runs, unsigned count ) {
+    Load const load{ count };
     std::vector<double> direct, full, rate, copy, bytes, ratio;
     for ( unsigned run = 0; run < runs; ++run ) {
         Ptr<IgmpHostDir> const served = Igmp::igmpHostDirFactory( "served" );
-        direct.push_back( Bench::processorSecondsOf( [&] { makeHosts( *served, count ); } ) );
+        direct.push_back( Bench::processorSecondsOf( [&] { makeHosts( *served, load ); } ) );
         Mirror mirror( served );
         full.push_back( Bench::processorSecondsOf( [&] {
             loop().runUntil( [&] { return mirror.client->isSynchronised(); }, 600.0 );
@@ -110,7 +119,7 @@ measureMirror( Bench::Figures& figures, unsigned runs, unsigned count ) {
         ratio.push_back( full.back() / direct.back() );
     }
     std::string const what =
-        std::to_string( count ) + " hosts of " + std::to_string( groupsPerHost ) + " groups";
+        std::to_string( count ) + " hosts of " + std::to_string( load.groups ) + " groups";
     auto const inMs = []( std::vector<double> seconds ) {
         for ( double& one : seconds ) {
             one *= 1e3;
@@ -125,10 +134,66 @@ measureMirror( Bench::Figures& figures, unsigned runs, unsigned count ) {
     figures.add( what + ", a plain copy of as many bytes", "ms", copy );
 }
 
+/// State machines on a directory, over a device that only counts: what a running agent is.
+struct Machines {
+    explicit Machines( Ptr<IgmpHostDir> const& dir )
+        : dirSm( Igmp::igmpHostDirSmFactory( nullptr, dir, statusDir, wheel ) ) {}
+
+    Bench::CountingProvider provider;
+    Zornet::DeviceProviderScope scope{ provider };
+    Ptr<Lumo::TimerWheel> wheel = new Lumo::TimerWheel;
+    Ptr<Igmp::IgmpHostStatusDir> statusDir = Igmp::igmpHostStatusDirFactory( "status" );
+    Ptr<Igmp::IgmpHostDirSm> dirSm;
+};
+
+/// Processor time to make the hosts in a directory with machines.
+double
+secondsToMake( Load const& load ) {
+    Ptr<IgmpHostDir> const dir = Igmp::igmpHostDirFactory( "made" );
+    Machines const machines( dir );
+    double const seconds = Bench::processorSecondsOf( [&] { makeHosts( *dir, load ); } );
+    dir->igmpHostDelAll();
+    return seconds;
+}
+
+/// Processor time, both sides, to replicate them into such a directory until the last host is enabled.
+double
+secondsToReplicate( Load const& load ) {
+    Ptr<IgmpHostDir> const source = Igmp::igmpHostDirFactory( "source" );
+    makeHosts( *source, load );
+    Mirror mirror( source );
+    Machines const machines( mirror.dir );
+    double const seconds = Bench::processorSecondsOf( [&] {
+        loop().runUntil( [&] { return mirror.client->isSynchronised(); }, 600.0 );
+    } );
+    if ( machines.statusDir->igmpHostStatuss() != load.hosts ) {
+        throw std::runtime_error( "not every host is enabled" );
+    }
+    mirror.dir->igmpHostDelAll();
+    return seconds;
+}
+
+void
+measureAgent( Bench::Figures& figures, unsigned runs, unsigned count ) {
+    Load const load{ count, 1, true };
+    std::vector<double> made, replicated;
+    for ( unsigned run = 0; run < runs; ++run ) {
+        made.push_back( secondsToMake( load ) );
+        replicated.push_back( secondsToReplicate( load ) );
+    }
+    std::string const what = std::to_string( count ) + " hosts of one group, ";
+    figures.add( what + "made where machines run, until the last is enabled", "s", made );
+    figures.add( what + "replicated there, both sides, until the last is enabled", "s", replicated );
+    figures.add(
+        what + "replicated, by the time of making them", "times", Bench::ratios( replicated, made ),
+        Bench::atMost( 3.0 )
+    );
+}
+
 void
 measureChanges( Bench::Figures& figures, unsigned runs, unsigned count ) {
     Ptr<IgmpHostDir> const served = Igmp::igmpHostDirFactory( "served" );
-    makeHosts( *served, count );
+    makeHosts( *served, { count } );
     Mirror mirror( served );
     loop().runUntil( [&] { return mirror.client->isSynchronised(); }, 600.0 );
     std::vector<double> ns;
@@ -152,6 +217,7 @@ measure( Bench::Figures& figures, Bench::Effort const& effort ) {
     if ( !effort.quick ) {
         measureMirror( figures, 3, 100'000 );
     }
+    measureAgent( figures, effort.runs, effort.quick ? 10'000 : 100'000 );
     measureChanges( figures, effort.runs, 10'000 );
 }
 
