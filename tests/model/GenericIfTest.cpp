@@ -543,6 +543,28 @@ TEST_F( GenericHost, MembersThatAreValuesAreReadAndSet ) {
     EXPECT_EQ( list->sourceIps(), 1U );
 }
 
+TEST_F( GenericHost, WriteThroughAReadOnlyViewTouchesNothing ) {
+    host_->v3groupIs( group( 1 ) );
+    View view( host_, true );
+    int told = 0;
+    Ptr<View::GenericIf_Adapter_> const watcher(
+        new View::GenericIf_Adapter_( host_, [&]( AttributeId, GenericValue const& ) { ++told; } )
+    );
+    U32 const mtu = host_->mtu();
+    auto const refused = [&]( AttributeId id, U32 operation, GenericValue const& at,
+                              GenericValue const& value ) {
+        return textOf<Kiv::ConstException>( [&] { view.attributeOp( { id, operation }, at, value ); } );
+    };
+    std::string const text = "attempting to modify a const instance";
+    EXPECT_EQ( refused( IgmpHost::attrMtu, GenericIf::opSet, {}, GenericValue::of( U32{ 900 } ) ), text );
+    EXPECT_EQ( refused( IgmpHost::attrV3group, GenericIf::opSet, key( 2 ), {} ), text );
+    EXPECT_EQ( refused( IgmpHost::attrV3group, GenericIf::opDel, key( 1 ), {} ), text );
+    EXPECT_EQ( refused( 9999, GenericIf::opSet, {}, GenericValue::of( U32{ 900 } ) ), text );
+    EXPECT_EQ( told, 0 );
+    EXPECT_EQ( host_->mtu(), mtu );
+    EXPECT_TRUE( host_->v3group( group( 1 ) ) && !host_->v3group( group( 2 ) ) );
+}
+
 TEST_F( GenericHost, ViewOfAConstObjectIsReadOnly ) {
     View view{ Ptr<IgmpHost const>( host_ ) };
     EXPECT_TRUE( view.isReadOnly() );

@@ -1,8 +1,10 @@
 #include "tests/model/replication/ReplicationTest.h"
 
+#include <malloc.h>
+
 #include <random>
 
-#include "platform/kiv/GenericIf.h"
+#include "tests/support/TraceCapture.h"
 
 namespace Igmp {
 
@@ -26,6 +28,16 @@ class Replication : public ReplicationTest {
             record->sourceIs()->sourceIpIs( IpAddr( "10.9.9.1" ), 1 );
             record->versionIs( 1 );
         }
+    }
+    /// Notes the names of attributes as they change.
+    static Ptr<Kiv::GenericIfAdapter>
+    noting( Ptr<Kiv::Entity> const& entity, std::vector<std::string>& order ) {
+        return new Kiv::GenericIfAdapter(
+            entity,
+            [&order, at = entity.get()]( Kiv::AttributeId id, auto const& ) {
+                order.push_back( at->fwkType()->row( id )->name );
+            }
+        );
     }
     static void expectOpen( Link const& link ) { EXPECT_EQ( link.serverEnd + link.clientEnd, "" ); }
 };
@@ -89,24 +101,60 @@ TEST_F( Replication, AWritableMirrorsChangesTravelBack ) {
 TEST_F( Replication, AnArrivedChangeIsNotSentBack ) {
     Link link( served_, mirror_ );
     exchange( link );
-    auto const before = link.client->counters().messagesSent;
-    fill( served_.host( "rx" ) );
-    group( served_, "239.1.1.1" ).sourceIs()->sourceIpIs( IpAddr( "10.9.9.1" ), 3 );
-    exchange( link );
-    EXPECT_EQ( link.client->counters().messagesSent, before );
+    auto const make = []( Model& model ) {
+        fill( model.host( "rx" ) );
+        fill( group( model, "239.1.1.1" ) );
+        group( model, "239.1.1.1" ).sourceIs()->sourceIpIs( IpAddr( "10.9.9.1" ), 3 );
+    };
+    auto const change = []( Model& model ) {
+        model.host( "rx" ).mtuIs( 900 );
+        group( model, "239.1.1.1" ).source()->sourceIpDel( IpAddr( "10.9.9.1" ) );
+        group( model, "239.1.1.1" ).source()->sourceIpIs( IpAddr( "10.9.9.2" ), 3 );
+    };
+    auto const unmake = []( Model& model ) {
+        group( model, "239.1.1.1" ).sourceDel();
+        model.host( "rx" ).v3groupDel( IpAddr( "239.1.1.1" ) );
+        model.hosts->igmpHostDel( "rx" );
+    };
+    for ( bool const isServers : { true, false } ) {
+        Connection const& peer = isServers ? *link.client : *link.server;
+        auto const before = peer.counters().messagesSent;
+        for ( auto const& step : std::vector<std::function<void( Model& )>>{ make, change, unmake } ) {
+            step( isServers ? served_ : mirror_ );
+            exchange( link );
+            EXPECT_EQ( peer.counters().messagesSent, before );
+        }
+    }
 }
 
-TEST_F( Replication, ReactorsHearAnArrivedChangeLikeALocalOne ) {
+TEST_F( Replication, ReactorsHearAnArrivedChangeExactlyAsALocalOne ) {
     served_.host( "rx" );
     Link link( served_, mirror_ );
     exchange( link );
-    unsigned told = 0;
-    Ptr<Kiv::GenericIfAdapter> const watcher(
-        new Kiv::GenericIfAdapter( host( mirror_ ), [&]( Kiv::AttributeId, auto const& ) { ++told; } )
-    );
-    served_.host( "rx" ).mtuIs( 900 );
+    std::vector<std::string> here;
+    std::vector<std::string> there;
+    auto const listening = []( Ptr<IgmpHost> const& host, std::vector<std::string>& heard ) {
+        return Ptr<Kiv::GenericIfAdapter>( new Kiv::GenericIfAdapter(
+            host,
+            [&heard, at = host.get()]( Kiv::AttributeId id, Kiv::GenericValue const& key ) {
+                Kiv::Attribute const& row = *IgmpHost::_fwkType()->row( id );
+                heard.push_back(
+                    row.name + ( key.isNothing() ? "=" + Kiv::attributeText( row, *at )
+                                                 : "[" + key.type->format( key.value ) + "]" )
+                );
+            }
+        ) );
+    };
+    auto const local = listening( host( served_ ), here );
+    auto const arrived = listening( host( mirror_ ), there );
+    fill( *host( served_ ) );
+    host( served_ )->mtuIs( 900 );
+    host( served_ )->mtuIs( 900 ); // of which nobody hears
+    group( served_, "239.1.1.1" );
+    host( served_ )->v3groupDel( IpAddr( "239.1.1.1" ) );
     exchange( link );
-    EXPECT_EQ( told, 1U );
+    EXPECT_GT( here.size(), 20U );
+    EXPECT_EQ( there, here );
 }
 
 TEST_F( Replication, AReactorsOwnChangeOfTheSameAttributeIsSentBack ) {
@@ -138,15 +186,8 @@ TEST_F( Replication, WhatAnnouncesArrivesLast ) {
     auto const record = mirror_.host( "rx" ).v3groupIs( IpAddr( "239.1.1.1" ) );
     auto const sources = record->sourceIs();
     std::vector<std::string> order;
-    auto const watch = [&order]( Ptr<Kiv::Entity> const& entity ) {
-        return Ptr<Kiv::GenericIfAdapter>( new Kiv::GenericIfAdapter(
-            entity,
-            [&order, entity]( Kiv::AttributeId id, auto const& ) {
-                order.push_back( entity->fwkType()->row( id )->name );
-            }
-        ) );
-    };
-    [[maybe_unused]] auto const watchers = { watch( host( mirror_ ) ), watch( record ), watch( sources ) };
+    [[maybe_unused]] auto const watchers = { noting( host( mirror_ ), order ), noting( record, order ),
+                                             noting( sources, order ) };
     Link again( served_, mirror_ );
     exchange( again );
     ASSERT_GE( order.size(), 10U );
@@ -155,6 +196,25 @@ TEST_F( Replication, WhatAnnouncesArrivesLast ) {
         last, ( std::vector<std::string>{ "configVersion", "intfConfigVersion", "enabled", "version" } )
     );
     EXPECT_EQ( *( order.end() - 5 ), "sourceIp" );
+}
+
+TEST_F( Replication, AChangeDoesNotOvertakeThoseThatWait ) {
+    Model other;
+    auto const list = group( served_, "239.1.1.1" ).sourceIs();
+    Link a( served_, mirror_ );
+    Link b( served_, other );
+    exchange( a );
+    exchange( b );
+    Ptr<Kiv::GenericIfAdapter> const reactor( new Kiv::GenericIfAdapter(
+        host( served_ ), [&]( Kiv::AttributeId, auto const& ) { list->sourceIpIs( IpAddr( "10.9.9.2" ), 1 ); }
+    ) );
+    std::vector<std::string> order;
+    auto const record = host( mirror_ )->v3group( IpAddr( "239.1.1.1" ) );
+    [[maybe_unused]] auto const watchers = { noting( record, order ), noting( record->source(), order ) };
+    host( mirror_ )->mtuIs( 700 );              // while it is applied the source is but marked
+    group( other, "239.1.1.1" ).versionIs( 7 ); // arrives in the same turn, behind it
+    exchange( a );
+    EXPECT_EQ( order, ( std::vector<std::string>{ "sourceIp", "version" } ) );
 }
 
 TEST_F( Replication, AFullBufferCostsMarksAndTheLatestValueGoesOnce ) {
@@ -180,6 +240,9 @@ TEST_F( Replication, AFullBufferCostsMarksAndTheLatestValueGoesOnce ) {
     }
     EXPECT_EQ( link.server->counters().messagesSent, before );
     EXPECT_LE( link.server->outputBytes(), Connection::outputLimit + frameBytes );
+    auto const& plan = Kiv::NboAttrLog::Plan::of( *IgmpHost::_fwkType() );
+    auto const* const flow = adapterOf( *host( served_ ) ).flowOut();
+    EXPECT_TRUE( flow && flow->kivIsDirty( plan.index( *plan.find( IgmpHost::attrMtu ) ) ) );
     unsigned told = 0;
     Ptr<Kiv::GenericIfAdapter> const watcher(
         new Kiv::GenericIfAdapter( host( mirror_ ), [&]( Kiv::AttributeId, auto const& ) { ++told; } )
@@ -187,6 +250,50 @@ TEST_F( Replication, AFullBufferCostsMarksAndTheLatestValueGoesOnce ) {
     clientTurns( 60 );
     EXPECT_EQ( told, 1U );
     expectSame( served_, mirror_ );
+}
+
+/// A queued copy of each change would cost some 30 bytes a change, here more than 2 MB.
+TEST_F( Replication, APeerThatDoesNotReadCostsTheSameForManyChangesAsForFew ) {
+    Ptr<Kiv::ActivityConfig> const asleep( new Kiv::ActivityConfig );
+    for ( unsigned i = 0; i < 200; ++i ) {
+        addHost( served_, "h" + std::to_string( i ), 3 );
+    }
+    Link link( served_, mirror_, true, asleep );
+    auto const clientTurns = [&]( unsigned count ) {
+        for ( unsigned i = 0; i < count; ++i ) {
+            asleep->activitySm().runOnce();
+            turns( 1 );
+        }
+    };
+    clientTurns( 20 );
+    ASSERT_TRUE( link.client->isSynchronised() );
+    auto const changeRound = [&]( U32 round ) {
+        for ( IgmpHost& host : served_.hosts->igmpHost() ) {
+            auto const record = host.v3groupIs( IpAddr( "239.1.1.1" ) );
+            host.mtuIs( 100 + round );
+            host.configVersionIs( 100 + round );
+            record->sourceIs()->sourceIpIs( IpAddr( "10.9.9.1" ), static_cast<U8>( round ) );
+            record->versionIs( 100 + round );
+            host.v3groupIs( IpAddr( "239.2.2.2" ) );
+            host.v3groupDel( IpAddr( "239.2.2.2" ) );
+        }
+        turns( 1 );
+    };
+    U32 round = 0;
+    while ( link.server->outputBytes() < Connection::outputLimit ) {
+        ASSERT_LT( round, 1'000U );
+        changeRound( round++ );
+    }
+    changeRound( round++ );
+    auto const before = mallinfo2().uordblks;
+    for ( U32 const end = round + 100; round < end; ) {
+        changeRound( round++ );
+    }
+    EXPECT_LT( mallinfo2().uordblks, before + 64 * 1024 );
+    EXPECT_LE( link.server->outputBytes(), Connection::outputLimit + frameBytes );
+    clientTurns( 60 );
+    expectSame( served_, mirror_ );
+    expectOpen( link );
 }
 
 TEST_F( Replication, AKeyThatChangedManyTimesWhileNothingCouldBeSentGoesOnce ) {
@@ -242,6 +349,47 @@ TEST_F( Replication, AMemberThatBothHoldIsKeptOverAReconnection ) {
     EXPECT_EQ( host( mirror_ ), before );
 }
 
+TEST_F( Replication, AFullSendThatIsCutAgainAndAgainConvergesInTheEnd ) {
+    for ( unsigned i = 0; i < 300; ++i ) {
+        addHost( served_, "h" + std::to_string( i ), 3 );
+    }
+    unsigned cuts = 0;
+    for ( unsigned lasting = 1; mirror_.text() != served_.text(); ++lasting ) {
+        ASSERT_LT( lasting, 100U );
+        Link link( served_, mirror_ );
+        turns( lasting );
+        cuts += link.client->isSynchronised() ? 0 : 1;
+        served_.hosts->igmpHostDel( Kiv::Name( "h" + std::to_string( lasting ) ) );
+        addHost( served_, "later" + std::to_string( lasting ), 1 );
+        turns( lasting );
+    }
+    EXPECT_GE( cuts, 1U );
+    Link last( served_, mirror_ );
+    exchange( last );
+    expectSame( served_, mirror_ );
+}
+
+TEST_F( Replication, WhatIsPutIntoANewMirrorTooEarlyIsLost ) {
+    served_.host( "rx" );
+    Link link( served_, mirror_ );
+    mirror_.host( "early" );
+    mirror_.host( "rx" ).mtuIs( 900 );
+    exchange( link );
+    EXPECT_FALSE( served_.hosts->igmpHost( "early" ) );
+    EXPECT_EQ( host( served_ )->mtu(), 1514U );
+    expectSame( served_, mirror_ );
+    expectOpen( link );
+}
+
+TEST_F( Replication, NothingIsSaidWhereNothingHappens ) {
+    served_.host( "rx" );
+    Link link( served_, mirror_ );
+    exchange( link );
+    auto const before = link.server->counters().bytesSent + link.client->counters().bytesSent;
+    turns( 20 );
+    EXPECT_EQ( link.server->counters().bytesSent + link.client->counters().bytesSent, before );
+}
+
 TEST_F( Replication, TheLastWriteWinsWhereTwoCross ) {
     served_.host( "rx" );
     Link link( served_, mirror_ );
@@ -253,19 +401,38 @@ TEST_F( Replication, TheLastWriteWinsWhereTwoCross ) {
     expectSame( served_, mirror_ );
 }
 
-TEST_F( Replication, TwoWritersOfOneServerConverge ) {
+TEST_F( Replication, OfTwoWritersTheLastThatTheServerHearsWins ) {
     Model other;
     served_.host( "rx" );
     Link a( served_, mirror_ );
     Link b( served_, other );
     exchange( a );
     exchange( b );
+    U32 last = 0;
+    Ptr<Kiv::GenericIfAdapter> const listener( new Kiv::GenericIfAdapter(
+        host( served_ ), [&]( Kiv::AttributeId, auto const& ) { last = host( served_ )->mtu(); }
+    ) );
+    auto const expectLast = [&]( U32 mtu ) {
+        exchange( a );
+        exchange( b );
+        EXPECT_EQ( last, mtu );
+        EXPECT_EQ( host( served_ )->mtu(), mtu );
+        expectSame( served_, mirror_ );
+        expectSame( served_, other );
+    };
     host( mirror_ )->mtuIs( 1000 );
-    other.host( "rx" ).mtuIs( 2000 );
+    host( other )->mtuIs( 2000 ); // on its way at the same time: who is last, the server's reading decides
     exchange( a );
+    expectLast( last );
+    EXPECT_TRUE( last == 1000 || last == 2000 );
+    host( mirror_ )->mtuIs( 3000 );
+    exchange( a );
+    host( other )->mtuIs( 4000 );
+    expectLast( 4000 );
+    host( other )->mtuIs( 5000 );
     exchange( b );
-    expectSame( served_, mirror_ );
-    expectSame( served_, other );
+    host( mirror_ )->mtuIs( 6000 );
+    expectLast( 6000 );
 }
 
 TEST_F( Replication, AMemberThatBothMakeAtOnceConverges ) {
@@ -301,12 +468,19 @@ TEST_F( Replication, AChangeOfAReadOnlyMirrorStaysThere ) {
     served_.host( "rx" );
     Link link( served_, mirror_, false );
     exchange( link );
+    Support::TraceCapture const trace( "Replication", 1 );
     host( mirror_ )->mtuIs( 999 );
     mirror_.hosts->igmpHostIs( "other" );
     exchange( link );
     EXPECT_EQ( host( served_ )->mtu(), 1514U );
     EXPECT_EQ( served_.hosts->igmpHosts(), 1U );
+    EXPECT_EQ( host( mirror_ )->mtu(), 999U );
+    EXPECT_TRUE( trace.contains( "replication with server: attempting to modify a read-only mirror: mtu" ) );
+    EXPECT_TRUE( trace.contains( "attempting to modify a read-only mirror: igmpHost" ) );
     expectOpen( link );
+    host( served_ )->mtuIs( 1000 );
+    exchange( link );
+    EXPECT_EQ( host( mirror_ )->mtu(), 1000U );
     served_.hosts->igmpHostDel( "rx" );
     exchange( link );
     EXPECT_FALSE( host( mirror_ ) );
@@ -378,30 +552,6 @@ TEST_F( Replication, ATextThatNoStreamMayCarryEndsTheStreamAndNothingElse ) {
     turns( 5 );
     EXPECT_EQ( link.serverEnd, "text is too long" );
     EXPECT_EQ( host( served_ )->deviceName().bytes(), 20'000U );
-}
-
-TEST_F( Replication, AnAdapterAppliesOneAttributeAtATime ) {
-    served_.host( "rx" );
-    Link link( served_, mirror_ );
-    exchange( link );
-    std::string text;
-    Ptr<Kiv::GenericIfAdapter> const nested( new Kiv::GenericIfAdapter(
-        host( served_ ),
-        [&]( Kiv::AttributeId, auto const& ) {
-            auto* const adapter = static_cast<IgmpHost::KivNboAttrLogSa*>(
-                host( served_ )->streamAdapter( []( auto& ) { return true; } )
-            );
-            Kiv::NboAttrLog::In in( {} );
-            try {
-                adapter->handleAttrDeserialization( {}, in );
-            } catch ( Kiv::InternalException const& raised ) {
-                text = raised.what();
-            }
-        }
-    ) );
-    host( mirror_ )->mtuIs( 999 );
-    exchange( link );
-    EXPECT_EQ( text, "entity reactor is already active" );
 }
 
 /// Random changes on a server and two writable mirrors, with the streams at rest only in the end.

@@ -3,6 +3,7 @@
 #include "model/IgmpHostDir.h"
 #include "model/IgmpHostStatusDir.h"
 #include "platform/kiv/Connection.h"
+#include "platform/kiv/GenericIf.h"
 #include "platform/kiv/nboattrlog/KivNboAttrLogSa.h"
 #include "tests/support/SimulatedTest.h"
 #include "tests/support/SocketPair.h"
@@ -43,6 +44,11 @@ class ReplicationTest : public Support::SimulatedTest {
         std::string clientEnd;
     };
 
+    /// The adapter of an entity that is on one stream alone.
+    static Kiv::Entity::KivNboAttrLogSa& adapterOf( Kiv::Entity& entity ) {
+        return static_cast<Kiv::Entity::KivNboAttrLogSa&>( *entity.streamAdapter( []( auto& ) { return true; }
+        ) );
+    }
     /// Turns of the loop until everything that was written has been applied, or somebody has ended.
     static void exchange( Link& link );
     static void turns( unsigned count );

@@ -5,6 +5,10 @@
 
 namespace Kiv {
 
+namespace NboAttrLog {
+class ResyncIn;
+} // namespace NboAttrLog
+
 /// One entity on one stream: sends its changes, or marks them where there is no room, and applies what
 /// arrives for it. One implementation over the tables of attributes serves every class; a class's own name
 /// for it is X::KivNboAttrLogSa. The adapters of a stream form a tree like their entities; each is owned by
@@ -88,8 +92,6 @@ class Entity::KivNboAttrLogSa : public StreamAdapter {
 
   private:
     class FlowInGuard;
-    /// What is kept while a collection arrives in full over one that holds something already.
-    class ResyncIn;
 
     // outgoing
     bool isEcho( AttributeId id, std::string const& key ) const;
@@ -146,7 +148,7 @@ class Entity::KivNboAttrLogSa : public StreamAdapter {
     bool isDeleted_ = false;
     bool isActive_ = false; ///< the guard: applies an attribute
     std::unique_ptr<FlowOut> flowOut_;
-    std::unique_ptr<ResyncIn> resyncIn_;
+    std::unique_ptr<NboAttrLog::ResyncIn> resyncIn_;
     std::unique_ptr<Name> mount_; ///< of a root
 };
 

@@ -4,6 +4,7 @@
 namespace Kiv {
 
 using NboAttrLog::In;
+using NboAttrLog::ResyncIn;
 using NboAttrLog::RowForm;
 using Sa = Entity::KivNboAttrLogSa;
 
@@ -246,7 +247,6 @@ Sa::applyMarker( PlanRow const& row ) {
         sweepMembers( row );
     }
     if ( resyncIn_ ) {
-        invariant( !resyncIn_->iter(), "!rrc->iter()" );
         resyncIn_->endIs( plan_.index( row ) );
     }
     if ( resyncIn_ && resyncIn_->isThrough() ) {
