@@ -47,11 +47,29 @@ groupSpecOf( IgmpV3GroupRecord const& record ) {
 }
 
 Diagnostics
-regrets( HostSpec const& host ) {
+regrets( HostState const& state ) {
     Diagnostics warnings;
-    HostWarnings( host, warnings ).check();
-    GroupWarnings( host, warnings ).check();
+    HostWarnings( state.host, state.groups, warnings ).check();
+    GroupWarnings( state.host, state.groups, warnings ).check();
     return warnings;
+}
+
+Kiv::Seconds
+requestedInterval( HostSpec const& host ) {
+    return host.settings.value<Kiv::Seconds>( IgmpHost::attrUnsolicitedReportInterval );
+}
+
+/// What nothing but the change itself brings about. A host starts with the default where 0 is requested, but
+/// takes a request that comes later as it stands.
+void
+addChangeRegrets( HostSpec const& before, HostSpec const& after, std::vector<Diagnostic>& regrets ) {
+    if ( requestedInterval( before ) != 0.0 && requestedInterval( after ) == 0.0 ) {
+        regrets.push_back(
+            { after.settings.placeOf( IgmpHost::attrUnsolicitedReportInterval, after.at ),
+              "unsolicitedReportInterval: 0 is no request for the default on a host that is enabled; reports "
+              "are repeated at once until its version in force changes" }
+        );
+    }
 }
 
 } // namespace
@@ -69,7 +87,7 @@ hostSpecOf( IgmpHost const& host, Settings const& changes ) {
 }
 
 std::vector<Diagnostic>
-newRegrets( HostSpec const& before, HostSpec const& after ) {
+newRegrets( HostState const& before, HostState const& after ) {
     Diagnostics const present = regrets( before );
     std::unordered_set<std::string> known;
     for ( Diagnostic const& regret : present.entries() ) {
@@ -82,7 +100,15 @@ newRegrets( HostSpec const& before, HostSpec const& after ) {
             fresh.push_back( regret );
         }
     }
+    addChangeRegrets( before.host, after.host, fresh );
     return fresh;
+}
+
+std::vector<Diagnostic>
+newRegrets( HostSpec const& before, HostSpec const& after ) {
+    return newRegrets(
+        HostState{ before, GroupDigest( before.groups ) }, HostState{ after, GroupDigest( after.groups ) }
+    );
 }
 
 } // namespace Agent

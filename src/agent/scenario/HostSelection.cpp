@@ -42,6 +42,8 @@ HostSelection::HostSelection( std::vector<HostRange> ranges ) {
     std::sort( ranges.begin(), ranges.end(), []( HostRange const& a, HostRange const& b ) {
         return a.number < b.number;
     } );
+    std::vector<HostRange> taken;
+    std::vector<U64> ends;
     U64 end = 0;
     for ( HostRange range : ranges ) {
         U64 const done = std::min<U64>( end > range.number ? end - range.number : 0, range.count );
@@ -50,18 +52,20 @@ HostSelection::HostSelection( std::vector<HostRange> ranges ) {
         range.number += done;
         if ( range.count != 0 ) {
             end = range.number + range.count;
-            ranges_.push_back( range );
-            ends_.push_back( count() + range.count );
+            taken.push_back( range );
+            ends.push_back( ( ends.empty() ? 0 : ends.back() ) + range.count );
         }
     }
+    ranges_ = std::make_shared<std::vector<HostRange> const>( std::move( taken ) );
+    ends_ = std::make_shared<std::vector<U64> const>( std::move( ends ) );
 }
 
 HostSelection::Host
 HostSelection::host( U64 index ) const {
     auto const at =
-        static_cast<std::size_t>( std::upper_bound( ends_.begin(), ends_.end(), index ) - ends_.begin() );
-    HostRange const& range = ranges_[at];
-    auto const offset = static_cast<U32>( index - ( ends_[at] - range.count ) );
+        static_cast<std::size_t>( std::upper_bound( ends_->begin(), ends_->end(), index ) - ends_->begin() );
+    HostRange const& range = ranges()[at];
+    auto const offset = static_cast<U32>( index - ( ends_->at( at ) - range.count ) );
     return { range.entry, range.first + offset, range.number + offset };
 }
 
@@ -78,12 +82,25 @@ HostFinder::HostFinder( Scenario const& scenario ) : scenario_( scenario ) {
 
 HostSelection
 HostFinder::find( std::vector<HostName> const& names, Diagnostics& errors ) {
+    std::vector<std::string> texts;
+    for ( HostName const& name : names ) {
+        texts.push_back( name.text );
+        if ( rangesOf( name.text ).empty() ) {
+            errors.add( name.at, unknown( name.text ) );
+        }
+    }
+    auto const [selection, isNew] = selections_.try_emplace( std::move( texts ) );
+    if ( isNew ) {
+        selection->second = select( names );
+    }
+    return selection->second;
+}
+
+HostSelection
+HostFinder::select( std::vector<HostName> const& names ) {
     std::vector<HostRange> ranges;
     for ( HostName const& name : names ) {
         std::vector<HostRange> const& found = rangesOf( name.text );
-        if ( found.empty() ) {
-            errors.add( name.at, unknown( name.text ) );
-        }
         ranges.insert( ranges.end(), found.begin(), found.end() );
     }
     for ( U32 entry = 0; names.empty() && entry < scenario_.hosts.size(); ++entry ) {

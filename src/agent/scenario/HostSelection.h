@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -33,7 +34,7 @@ struct HostRange {
 };
 
 /// Some hosts of a scenario, in its order, each once. What is alike is kept as one: a hundred thousand hosts
-/// of one entry cost no more than one.
+/// of one entry cost no more than one. Copies share what they hold.
 class HostSelection {
   public:
     struct Host {
@@ -42,18 +43,18 @@ class HostSelection {
         U64 number;
     };
 
-    HostSelection() = default;
+    HostSelection() : HostSelection( std::vector<HostRange>() ) {}
     /// In any order; what two ranges share is taken once.
     explicit HostSelection( std::vector<HostRange> ranges );
 
-    U64 count() const { return ends_.empty() ? 0 : ends_.back(); }
-    std::vector<HostRange> const& ranges() const { return ranges_; }
+    U64 count() const { return ends_->empty() ? 0 : ends_->back(); }
+    std::vector<HostRange> const& ranges() const { return *ranges_; }
     /// The host of that index, which must be below count(). Takes logarithmic time in the ranges.
     Host host( U64 index ) const;
 
   private:
-    std::vector<HostRange> ranges_;
-    std::vector<U64> ends_; ///< how many hosts there are up to the end of a range
+    std::shared_ptr<std::vector<HostRange> const> ranges_;
+    std::shared_ptr<std::vector<U64> const> ends_; ///< how many hosts there are up to the end of a range
 };
 
 /// Finds hosts by name. Takes a name's length for a name, and for a pattern the time to test the entries that
@@ -67,6 +68,7 @@ class HostFinder {
     HostSelection find( std::vector<HostName> const& names, Diagnostics& errors );
 
   private:
+    HostSelection select( std::vector<HostName> const& names );
     std::vector<HostRange> const& rangesOf( std::string const& name );
     void addNamed( std::string const& name, std::vector<HostRange>& ranges ) const;
     void addMatching( std::string const& pattern, std::vector<HostRange>& ranges ) const;
@@ -81,6 +83,7 @@ class HostFinder {
     std::unordered_map<std::string, U32> single_;
     std::unordered_map<std::string, U32> series_;
     std::unordered_map<std::string, std::vector<HostRange>> known_;
+    std::map<std::vector<std::string>, HostSelection> selections_; ///< by the names
 };
 
 } // namespace Agent

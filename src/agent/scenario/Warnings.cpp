@@ -12,8 +12,9 @@ scenarioWarnings( Scenario const& scenario ) {
     Diagnostics warnings;
     LinkWarnings link( scenario, warnings );
     for ( HostSpec const& host : scenario.hosts ) {
-        HostWarnings( host, warnings ).check();
-        GroupWarnings( host, warnings ).check();
+        GroupDigest const groups( host.groups );
+        HostWarnings( host, groups, warnings ).check();
+        GroupWarnings( host, groups, warnings ).check();
         link.check( host );
     }
     EventWarnings( scenario, warnings ).check();

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <unordered_map>
 
 #include "agent/scenario/reading/HostReader.h"
 #include "agent/timeline/EventReader.h"
@@ -25,26 +26,42 @@ firstTimes( Scenario const& scenario ) {
     return times;
 }
 
+/// Finds, of the hosts that an event is about, those that are there first. Events of the same hosts share the
+/// answer.
+class Soonest {
+  public:
+    explicit Soonest( Scenario const& scenario ) : times_( firstTimes( scenario ) ) {}
+
+    Kiv::Seconds time( HostRange const& range ) const { return times_[range.entry]; }
+    /// Null for no hosts.
+    HostRange const* of( HostSelection const& selection ) {
+        auto const [soonest, isNew] = known_.try_emplace( &selection.ranges(), nullptr );
+        for ( std::size_t i = 0; isNew && i < selection.ranges().size(); ++i ) {
+            HostRange const& range = selection.ranges()[i];
+            if ( !soonest->second || time( range ) < time( *soonest->second ) ) {
+                soonest->second = &range;
+            }
+        }
+        return soonest->second;
+    }
+
+  private:
+    std::vector<Kiv::Seconds> const times_;
+    std::unordered_map<std::vector<HostRange> const*, HostRange const*> known_;
+};
+
 /// An event must come when some host is there that it is about.
 void
-checkTime(
-    Scenario const& scenario, Event const& event, std::vector<Kiv::Seconds> const& firstTimes,
-    Diagnostics& errors
-) {
-    HostRange const* soonest = nullptr;
-    for ( HostRange const& range : event.selection.ranges() ) {
-        if ( !soonest || firstTimes[range.entry] < firstTimes[soonest->entry] ) {
-            soonest = &range;
-        }
-    }
-    if ( !soonest || event.action == EventAction::add || firstTimes[soonest->entry] <= event.time ) {
+checkTime( Scenario const& scenario, Event const& event, Soonest& soonest, Diagnostics& errors ) {
+    HostRange const* const range = soonest.of( event.selection );
+    if ( !range || event.action == EventAction::add || soonest.time( *range ) <= event.time ) {
         return;
     }
     errors.add(
         event.hosts.empty() ? event.at : event.hosts.front().at,
         "hosts: expected hosts that are there at " + Kiv::ValueTraits<double>::format( event.time ) +
-            " s, found '" + scenario.hosts[soonest->entry].name + "', which is added at " +
-            Kiv::ValueTraits<double>::format( firstTimes[soonest->entry] ) + " s"
+            " s, found '" + scenario.hosts[range->entry].name + "', which is added at " +
+            Kiv::ValueTraits<double>::format( soonest.time( *range ) ) + " s"
     );
 }
 
@@ -69,9 +86,9 @@ resolveEvents( Scenario& scenario, Diagnostics& errors ) {
     for ( Event& event : scenario.events ) {
         resolve( event, finder, errors );
     }
-    std::vector<Kiv::Seconds> const times = firstTimes( scenario );
+    Soonest soonest( scenario );
     for ( Event const& event : scenario.events ) {
-        checkTime( scenario, event, times, errors );
+        checkTime( scenario, event, soonest, errors );
     }
 }
 

@@ -140,7 +140,7 @@ class Controller : public ::testing::Test {
 TEST_F( Controller, MirrorAgreesAfterAdditionsChangesDeletionsAndADeathInTheMiddle ) {
     addAndDie();
     serve( { addition() } );
-    serve( { { "ctl", path_, "set", "rx-1???", "mtu=1400", "blocked=true" },
+    serve( { { "ctl", path_, "set", "rx-1???", "mtu=1400", "robustness=3" },
              { "ctl", path_, "delete", "rx-2???" } } );
     EXPECT_EQ( hostDir().igmpHosts(), 9000U );
     EXPECT_EQ( hostDir().igmpHost( "rx-1234" )->mtu(), 1400U );

@@ -36,6 +36,14 @@ TEST_F( HostSelectionTest, NoNameMeansEveryHost ) {
     EXPECT_EQ( HostFinder( scenario_ ).find( {}, errors_ ).count(), 16U );
 }
 
+TEST_F( HostSelectionTest, SameNamesShareWhatTheyMean ) {
+    HostFinder finder( scenario_ );
+    std::vector<HostName> const names{ { "rx*", { 0, 1, 1 } }, { "solo", { 0, 1, 1 } } };
+    HostSelection const first = finder.find( names, errors_ );
+    EXPECT_EQ( &first.ranges(), &finder.find( names, errors_ ).ranges() );
+    EXPECT_NE( &first.ranges(), &finder.find( {}, errors_ ).ranges() );
+}
+
 TEST_F( HostSelectionTest, NameIsAHostsOrAnEntrys ) {
     EXPECT_EQ( named( { "solo" } ), "solo#12" );
     EXPECT_EQ( named( { "rx-12" } ), "rx-12#11" );

@@ -99,12 +99,24 @@ INSTANTIATE_TEST_SUITE_P(
                 ":3:34: error: unsolicitedReportInterval: below 0 no time passes\n" },
         Regret{
             "blocked: true",
-            ":3:16: error: blocked: a version 3 host drops its answers, and answers no query later either "
-            "until it is disabled and enabled\n" },
+            ":3:16: error: blocked: frames that arrive meanwhile wait, and the host then lags behind by as "
+            "many until it is bound anew; with an answer pending as it is blocked, a version 3 host answers "
+            "no query later until it is disabled and enabled\n" },
         Regret{
             "direction: ingress",
             ":3:18: error: direction: with ingress a version 3 host drops its answers, and answers no query "
-            "later either until it is disabled and enabled\n" },
+            "later until it is disabled and enabled\n" },
+        Regret{ "v1RouterPresentTimeout: inf",
+                ":3:31: error: v1RouterPresentTimeout: infinity holds the host; then, at version 3, a "
+                "version 2 query for one of its groups ends the process\n" },
+        Regret{ "robustness: 0, groups: 239.1.1.1",
+                ":3:19: error: robustness: 0 ends the process when sources change in version 3\n"
+                ":3:19: error: robustness: 0 tells neither join nor leave of a group in EXCLUDE mode in "
+                "version 3\n" },
+        Regret{ "enablePeriodicReport: true, unsolicitedReportInterval: 5, mtu: 74, groups: "
+                "239.1.1.1-239.1.1.4",
+                ":3:29: error: enablePeriodicReport: in version 3 the stream never gets past one packet; of "
+                "the groups, 4 in all, the others are told to queriers alone\n" },
         Regret{ "intfId: port", ":3:15: error: intfId has no effect without tagged and useMux\n" },
         Regret{ "useMux: true", ":3:15: error: useMux has no effect without tagged\n" },
         Regret{ "vlanId: 5", ":3:15: error: vlanId has no effect without tagged\n" },
@@ -117,10 +129,9 @@ INSTANTIATE_TEST_SUITE_P(
             ":3:29: error: vlanId: 4196 is no VLAN of 1 to 4094; the host sends with tag 100 and may hear "
             "nothing\n" },
         Regret{ "intfConfigVersion: 0", ":3:26: error: intfConfigVersion: at 0 the host opens no device\n" },
-        Regret{
-            "processV3GroupChange: false, groups: [ { multicastAddr: 239.1.1.1, filterMode: exclude } ]",
-            ":3:29: error: processV3GroupChange: false leaves the groups unjoined, and removing one later "
-            "can end the process\n" }
+        Regret{ "processV3GroupChange: false, groups: [ { multicastAddr: 239.1.1.1, filterMode: exclude } ]",
+                ":3:29: error: processV3GroupChange: false joins and leaves no group, and removing one "
+                "meanwhile can end the process\n" }
     )
 );
 
@@ -165,6 +176,40 @@ INSTANTIATE_TEST_SUITE_P(
                 "239.1.1.1: replicate deletes every group of the host that is not one of its copies\n" }
     )
 );
+
+TEST( Warnings, WhatIsNoRegretIsNotTold ) {
+    for ( char const* const settings :
+          { "enablePeriodicReport: true, unsolicitedReportInterval: 5, mtu: 78, groups: 239.1.1.1-239.1.1.4",
+            "robustness: 255, groups: 239.1.1.1", "mtu: 58", "processV3GroupChange: false",
+            "igmpVersionForced: false, v2RouterPresentTimeout: 400",
+            "tagged: true, useMux: true, intfId: port, vlanId: 4094" } ) {
+        EXPECT_EQ( warningsOf( hostWith( settings ) ), "" ) << settings;
+    }
+}
+
+/// A host of version 2, with room for one more setting.
+std::string
+olderHostWith( std::string const& settings ) {
+    return "hosts: [ { name: a, ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', deviceName: e, " + settings +
+           " } ]";
+}
+
+TEST( Warnings, WhatConcernsVersion3AloneIsNotToldOfOlderHosts ) {
+    for ( char const* const settings :
+          { "igmpVersionForced: true", "v2RouterPresentTimeout: inf", "direction: ingress",
+            "enablePeriodicReport: true, unsolicitedReportInterval: 5, mtu: 58, groups: "
+            "239.1.1.1-239.1.1.4" } ) {
+        EXPECT_EQ( warningsOf( olderHostWith( settings ) ), "" ) << settings;
+    }
+}
+
+TEST( Warnings, BlockedHostOfAnOlderVersionLagsBehindToo ) {
+    EXPECT_EQ(
+        warningsOf( olderHostWith( "blocked: true" ) ),
+        ":1:93: error: blocked: frames that arrive meanwhile wait, and the host then lags behind by as many "
+        "until it is bound anew\n"
+    );
+}
 
 TEST( Warnings, HostWithoutAddressesOrDeviceIsTold ) {
     EXPECT_EQ(

@@ -41,6 +41,94 @@ TEST( EventWarnings, GroupsOfAnEventAreLookedAt ) {
     );
 }
 
+TEST( EventWarnings, RequestOfNoIntervalAtRunTimeIsTold ) {
+    EXPECT_EQ(
+        eventWarnings( "{ at: 1, set: { unsolicitedReportInterval: 0 } }", ", unsolicitedReportInterval: 5" ),
+        ":4:48: error: unsolicitedReportInterval: 0 is no request for the default on a host that is enabled; "
+        "reports are repeated at once until its version in force changes\n"
+    );
+}
+
+TEST( EventWarnings, StreamThatLosesItsIntervalIsTold ) {
+    EXPECT_EQ(
+        eventWarnings( "{ at: 1, set: { enablePeriodicReport: true } }" ),
+        ":4:43: error: enablePeriodicReport: without unsolicitedReportInterval reports follow each other "
+        "without a pause\n"
+    );
+}
+
+TEST( EventWarnings, BlockingIsToldAtTheEvent ) {
+    EXPECT_EQ(
+        eventWarnings( "{ at: 1, set: { blocked: true } }", ", igmpVersion: 3" ),
+        ":4:30: error: blocked: frames that arrive meanwhile wait, and the host then lags behind by as many "
+        "until it is bound anew; with an answer pending as it is blocked, a version 3 host answers no query "
+        "later until it is disabled and enabled\n"
+    );
+}
+
+TEST( EventWarnings, GroupsThatNoChangeIsProcessedOfAreTold ) {
+    constexpr char set[] = "{ at: 1, set: { processV3GroupChange: false } }";
+    constexpr char text[] = "error: processV3GroupChange: false joins and leaves no group, and removing one "
+                            "meanwhile can end the process\n";
+    EXPECT_EQ( eventWarnings( set, ", groups: 239.1.1.1" ), std::string( ":4:43: " ) + text );
+    EXPECT_EQ( eventWarnings( set ), "" );
+    EXPECT_EQ(
+        eventWarnings( "{ at: 0, join: 239.1.1.1 }\n  - " + std::string( set ) ),
+        std::string( ":5:43: " ) + text
+    );
+    EXPECT_EQ(
+        eventWarnings( "{ at: 2, join: 239.1.1.1 }\n  - " + std::string( set ) ),
+        std::string( ":4:5: " ) + text
+    );
+}
+
+TEST( EventWarnings, WhatTwoEventsDoBetweenThemIsToldAtTheLaterOne ) {
+    EXPECT_EQ(
+        eventWarnings( "{ at: 9, set: { igmpVersionForced: true } }\n  - { at: 5, set: { igmpVersion: 3 } }"
+        ),
+        ":4:40: error: igmpVersionForced: with the host held at version 3, a version 2 query for one of its "
+        "groups ends the process\n"
+    );
+}
+
+TEST( EventWarnings, WhatAnEventDoesToSomeHostsOfAnEntryIsNotThoughtOfAll ) {
+    EXPECT_EQ(
+        eventWarnings( "{ at: 5, hosts: rx-1, set: { igmpVersionForced: true } }\n"
+                       "  - { at: 9, hosts: rx-2, set: { igmpVersion: 3 } }" ),
+        ""
+    );
+}
+
+TEST( EventWarnings, GroupThatIsJoinedAgainIsCountedOnce ) {
+    std::string const periodic =
+        ", igmpVersion: 3, enablePeriodicReport: true, unsolicitedReportInterval: 5, "
+        "mtu: 74";
+    std::string const join = "{ at: 1, every: 1, times: 9, join: 239.1.1.1-239.1.1.3 }";
+    EXPECT_EQ( eventWarnings( join + "\n  - " + join, periodic ), "" );
+    EXPECT_EQ(
+        eventWarnings( join + "\n  - { at: 2, join: 239.1.1.1-239.1.1.4 }", periodic ),
+        ":5:5: error: enablePeriodicReport: in version 3 the stream never gets past one packet; of the "
+        "groups, 4 in all, the others are told to queriers alone\n"
+    );
+}
+
+TEST( EventWarnings, LastOfAGreatManyEntriesIsLookedAt ) {
+    std::string hosts = "hosts:\n";
+    for ( int i = 1; i <= 500; ++i ) {
+        std::string const number = std::to_string( i );
+        hosts += "  - { name: h" + number + ", ipAddr: 10.0." + std::to_string( i / 250 ) + "." +
+                 std::to_string( i % 250 + 1 ) + ", macAddr: '02:00:00:00:" + ( i < 250 ? "01:" : "02:" ) +
+                 std::to_string( 10 + i % 90 ) + "', deviceName: eth" + number +
+                 ( i == 500 ? ", igmpVersion: 3" : "" ) + " }\n";
+    }
+    EXPECT_EQ(
+        warningsOf( hosts + "events: [ { at: 1, set: { igmpVersionForced: true } } ]\n" ),
+        ":502:46: error: igmpVersionForced: with the host held at version 3, a version 2 query for one of "
+        "its "
+        "groups ends the process\n"
+    );
+}
+
 TEST( EventWarnings, TimesThatDoNotComeAreTold ) {
     EXPECT_EQ(
         eventWarnings( "{ at: 101, enable: true }" ),

@@ -110,9 +110,7 @@ bool
 GroupWarnings::hasGroupOutside( GroupSpec const& block ) const {
     U64 const first = block.groups.first().hostOrder();
     U64 const last = first + blockSize( block ) - 1;
-    return std::any_of( host_.groups.begin(), host_.groups.end(), [&]( GroupSpec const& group ) {
-        return group.groups.lowest().hostOrder() < first || group.groups.highest().hostOrder() > last;
-    } );
+    return groups_.lowest.hostOrder() < first || groups_.highest.hostOrder() > last;
 }
 
 } // namespace Agent

@@ -1,13 +1,15 @@
 #pragma once
 
 #include "agent/scenario/Scenario.h"
+#include "agent/scenario/warnings/GroupDigest.h"
 
 namespace Agent {
 
-/// Warnings about the groups of one entry of hosts.
+/// Warnings about the groups of one entry of hosts. The digest may be of more groups than are looked at.
 class GroupWarnings {
   public:
-    GroupWarnings( HostSpec const& host, Diagnostics& warnings ) : host_( host ), warnings_( warnings ) {}
+    GroupWarnings( HostSpec const& host, GroupDigest const& groups, Diagnostics& warnings )
+        : host_( host ), groups_( groups ), warnings_( warnings ) {}
 
     void check();
 
@@ -20,6 +22,7 @@ class GroupWarnings {
     void warn( GroupSpec const& group, std::string const& text, bool endsProcess = false );
 
     HostSpec const& host_;
+    GroupDigest const& groups_;
     Diagnostics& warnings_;
 };
 

@@ -28,6 +28,11 @@ HostWarnings::warn( Kiv::AttributeId id, std::string const& text, bool endsProce
     warnings_.add( spec_.settings.placeOf( id, spec_.at ), text, endsProcess );
 }
 
+bool
+HostWarnings::isVersion3() const {
+    return value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) == Igmp::igmpVersion3;
+}
+
 void
 HostWarnings::checkAddresses() {
     if ( value<IpAddr>( IgmpHost::attrIpAddr ).isZero() ) {
@@ -59,10 +64,10 @@ HostWarnings::checkBinding() {
          value<U32>( IgmpHost::attrIntfConfigVersion ) == 0 ) {
         warn( IgmpHost::attrIntfConfigVersion, "intfConfigVersion: at 0 the host opens no device" );
     }
-    if ( !value<bool>( IgmpHost::attrProcessV3GroupChange ) && !spec_.groups.empty() ) {
+    if ( !value<bool>( IgmpHost::attrProcessV3GroupChange ) && groups_.count != 0 ) {
         warn(
             IgmpHost::attrProcessV3GroupChange,
-            "processV3GroupChange: false leaves the groups unjoined, and removing one later can end the "
+            "processV3GroupChange: false joins and leaves no group, and removing one meanwhile can end the "
             "process",
             true
         );
@@ -102,11 +107,10 @@ HostWarnings::checkTag() {
 /// query that its version 3 side could read.
 void
 HostWarnings::checkVersion() {
-    auto const version = value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion );
-    if ( version == Igmp::igmpVersionUnknown ) {
+    if ( value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) == Igmp::igmpVersionUnknown ) {
         warn( IgmpHost::attrIgmpVersion, "igmpVersion: 0 is no version of the protocol" );
     }
-    if ( version != Igmp::igmpVersion3 ) {
+    if ( !isVersion3() ) {
         return;
     }
     constexpr char ends[] = " at version 3, a version 2 query for one of its groups ends the process";
@@ -125,7 +129,8 @@ HostWarnings::checkVersion() {
     }
 }
 
-/// The engine keeps the number of reports that still have to name a source in eight bits.
+/// The engine keeps the number of reports that still have to name a source in eight bits, and that of those
+/// that have to tell a change of filter mode whole.
 void
 HostWarnings::checkRobustness() {
     constexpr U32 most = 255;
@@ -137,6 +142,12 @@ HostWarnings::checkRobustness() {
         warn(
             IgmpHost::attrRobustness, told + " is above 255; changes of sources are reported only " +
                                           std::to_string( robustness & most ) + " times"
+        );
+    }
+    if ( robustness == 0 && groups_.excludes && isVersion3() ) {
+        warn(
+            IgmpHost::attrRobustness,
+            told + " tells neither join nor leave of a group in EXCLUDE mode in version 3"
         );
     }
 }
@@ -164,12 +175,21 @@ HostWarnings::checkMtu() {
 
 void
 HostWarnings::checkPeriodicReport() {
-    if ( value<bool>( IgmpHost::attrEnablePeriodicReport ) &&
-         value<Seconds>( IgmpHost::attrUnsolicitedReportInterval ) <= 0.0 ) {
+    if ( !value<bool>( IgmpHost::attrEnablePeriodicReport ) ) {
+        return;
+    }
+    if ( value<Seconds>( IgmpHost::attrUnsolicitedReportInterval ) <= 0.0 ) {
         warn(
             IgmpHost::attrEnablePeriodicReport,
             "enablePeriodicReport: without unsolicitedReportInterval reports follow each other without a "
             "pause"
+        );
+    }
+    if ( isVersion3() && headerBytes( spec_ ) + groups_.recordBytes > value<U32>( IgmpHost::attrMtu ) ) {
+        warn(
+            IgmpHost::attrEnablePeriodicReport,
+            "enablePeriodicReport: in version 3 the stream never gets past one packet; of the groups, " +
+                std::to_string( groups_.count ) + " in all, the others are told to queriers alone"
         );
     }
 }
@@ -187,18 +207,25 @@ HostWarnings::checkTimes() {
     }
 }
 
-/// Once an answer of version 3 was due, its timer answers nothing more.
+/// Once an answer of version 3 was due and could not be sent, its timer answers nothing more. A blocked host
+/// hears no query, so there only an answer that was on its way counts.
 void
 HostWarnings::checkSilence() {
-    if ( value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) != Igmp::igmpVersion3 ) {
-        return;
-    }
-    constexpr char deaf[] = " a version 3 host drops its answers, and answers no query later either until it "
-                            "is disabled and enabled";
+    constexpr char mute[] = "answers no query later until it is disabled and enabled";
     if ( value<bool>( IgmpHost::attrBlocked ) ) {
-        warn( IgmpHost::attrBlocked, std::string( "blocked:" ) + deaf );
-    } else if ( value<Bridging::AllowedTrafficDirection>( IgmpHost::attrDirection ) == Bridging::AllowedTrafficDirection::ingress ) {
-        warn( IgmpHost::attrDirection, std::string( "direction: with ingress" ) + deaf );
+        std::string const pending =
+            std::string( "; with an answer pending as it is blocked, a version 3 host " ) + mute;
+        warn(
+            IgmpHost::attrBlocked,
+            "blocked: frames that arrive meanwhile wait, and the host then lags behind by as many until it "
+            "is bound anew" +
+                ( isVersion3() ? pending : "" )
+        );
+    } else if ( isVersion3() && value<Bridging::AllowedTrafficDirection>( IgmpHost::attrDirection ) == Bridging::AllowedTrafficDirection::ingress ) {
+        warn(
+            IgmpHost::attrDirection,
+            std::string( "direction: with ingress a version 3 host drops its answers, and " ) + mute
+        );
     }
 }
 
