@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/SimulatedTest.h"
-#include "tests/vlan/FakeDevice.h"
+#include "tests/vlan/FakePam.h"
 #include "vlan/VlanTaggingPam.h"
 
 namespace Zornet {
@@ -16,7 +16,7 @@ class VTaggingInnerPamSmTest : public Support::SimulatedTest {
         sm_ = VTaggingInnerPamSm::VTaggingInnerPamSmIs( nullptr, outer_, inner_ );
     }
 
-    Kiv::Ptr<FakeDevice> inner_{ new FakeDevice };
+    Kiv::Ptr<FakePam> inner_{ new FakePam };
     Kiv::Ptr<VlanTaggingPam> outer_{ new VlanTaggingPam( "eth7", 100, nullptr ) };
     Kiv::Ptr<VTaggingInnerPamSm> sm_;
 };
@@ -68,7 +68,7 @@ TEST_F( VTaggingInnerPamSmTest, MoveOfTheReactorToAnotherObjectSignalsAtOnce ) {
     );
     reactor->notifierIs( inner_ );
     EXPECT_EQ( outer_->readableCount(), 1U );
-    reactor->notifierIs( Kiv::Ptr<FakeDevice>( new FakeDevice ) );
+    reactor->notifierIs( Kiv::Ptr<FakePam>( new FakePam ) );
     EXPECT_EQ( outer_->readableCount(), 2U );
     reactor->notifierIs( nullptr );
     EXPECT_EQ( outer_->readableCount(), 2U );

@@ -6,7 +6,7 @@
 #include "tests/platform/zornet/RangeMessage.h"
 #include "tests/support/SimulatedTest.h"
 #include "tests/support/TraceCapture.h"
-#include "tests/vlan/FakeDevice.h"
+#include "tests/vlan/FakePam.h"
 #include "tests/vlan/FakeReader.h"
 
 namespace Zornet {
@@ -26,7 +26,7 @@ class VlanPamMultiplexerTest : public Support::SimulatedTest {
     }
     Kiv::Ptr<FakeReader> readerIs( U16 vlanId ) { return new FakeReader( channelIs( vlanId ) ); }
 
-    Kiv::Ptr<FakeDevice> device_{ new FakeDevice };
+    Kiv::Ptr<FakePam> device_{ new FakePam };
     Kiv::Ptr<VlanPamMultiplexer> multiplexer_ =
         VlanPamMultiplexer::VlanPamMultiplexerIs( nullptr, IntfId( "eth7" ) );
 };

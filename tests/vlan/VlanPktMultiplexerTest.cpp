@@ -8,7 +8,7 @@
 #include "tests/platform/zornet/EmptyPktManager.h"
 #include "tests/support/SimulatedTest.h"
 #include "tests/support/TraceCapture.h"
-#include "tests/vlan/FakeDevice.h"
+#include "tests/vlan/FakePam.h"
 
 namespace Zornet {
 
@@ -31,7 +31,7 @@ class VlanPktMultiplexerTest : public Support::SimulatedTest {
         multiplexer_->handleVerifiedTxPkt( Bridging::VlanId( 100 ), pkt, tag );
     }
 
-    Kiv::Ptr<FakeDevice> device_{ new FakeDevice };
+    Kiv::Ptr<FakePam> device_{ new FakePam };
     Kiv::Ptr<CountingMultiplexer> multiplexer_{ Kiv::stateMachineIs<CountingMultiplexer>() };
     Bridging::VlanId const vlan100_{ U16{ 100 } };
     Bridging::VlanId const vlan200_{ U16{ 200 } };
@@ -79,7 +79,7 @@ TEST_F( VlanPktMultiplexerTest, FirstDeviceIsNotReadBeforeItSignals ) {
 }
 
 TEST_F( VlanPktMultiplexerTest, MoveToAnotherDeviceReadsAtOnce ) {
-    Kiv::Ptr<FakeDevice> const other( new FakeDevice );
+    Kiv::Ptr<FakePam> const other( new FakePam );
     multiplexer_->innerPamIs( device_ );
     multiplexer_->innerPamIs( other );
     EXPECT_EQ( multiplexer_->signals, 1U );
@@ -126,7 +126,7 @@ TEST_F( VlanPktMultiplexerTest, ZombieHearsNothing ) {
 TEST_F( VlanPktMultiplexerTest, ZombieReadsNothingWhenItMoves ) {
     multiplexer_->innerPamIs( device_ );
     multiplexer_->kivDoZombieReactors( true );
-    multiplexer_->innerPamIs( Kiv::Ptr<FakeDevice>( new FakeDevice ) );
+    multiplexer_->innerPamIs( Kiv::Ptr<FakePam>( new FakePam ) );
     EXPECT_EQ( multiplexer_->signals, 0U );
 }
 

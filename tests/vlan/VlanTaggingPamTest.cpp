@@ -6,7 +6,7 @@
 #include "tests/platform/zornet/AssertionText.h"
 #include "tests/support/SimulatedTest.h"
 #include "tests/support/TraceCapture.h"
-#include "tests/vlan/FakeDevice.h"
+#include "tests/vlan/FakePam.h"
 #include "tests/vlan/FakeReader.h"
 
 namespace Zornet {
@@ -33,7 +33,7 @@ class VlanTaggingPamTest : public Support::SimulatedTest {
 
     /// The frame that the object gives for one that arrives, or "null".
     static std::string readOf( U16 vlanId, std::string const& frame ) {
-        Kiv::Ptr<FakeDevice> const device( new FakeDevice );
+        Kiv::Ptr<FakePam> const device( new FakePam );
         Kiv::Ptr<VlanTaggingPam> const pam( new VlanTaggingPam( "eth7", vlanId, device ) );
         Kiv::Ptr<FakeReader> const reader( new FakeReader( pam ) );
         device->arrive( frame );
@@ -42,7 +42,7 @@ class VlanTaggingPamTest : public Support::SimulatedTest {
         return reader->read.at( 0 );
     }
 
-    Kiv::Ptr<FakeDevice> device_{ new FakeDevice };
+    Kiv::Ptr<FakePam> device_{ new FakePam };
     Kiv::Ptr<VlanTaggingPam> pam_{ new VlanTaggingPam( "eth7", 100, device_ ) };
 };
 
@@ -169,7 +169,7 @@ TEST_F( VlanTaggingPamTest, StateMachineIsKeptForTheSameArguments ) {
 }
 
 TEST_F( VlanTaggingPamTest, StateMachineIsReplacedForOtherArguments ) {
-    Kiv::Ptr<FakeDevice> const other( new FakeDevice );
+    Kiv::Ptr<FakePam> const other( new FakePam );
     pam_->smIs( nullptr, pam_, other );
     U32 const before = pam_->readableCount();
     device_->arrive( untaggedFrame );

@@ -10,9 +10,9 @@
 namespace Zornet {
 
 /// Stands for the access object of a device: receives what a test lets arrive, and writes down what is sent.
-class FakeDevice : public Pam {
+class FakePam : public Pam {
   public:
-    FakeDevice() : Pam( "device" ) {}
+    FakePam() : Pam( "device" ) {}
 
     /// Queues a frame without a signal, as one that came before anybody listened.
     void queue( std::string const& frame ) { waiting_.push_back( pktOf( frame ) ); }
