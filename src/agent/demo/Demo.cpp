@@ -94,7 +94,9 @@ Bench::run() {
 
 DemoReport
 Bench::report() const {
-    DemoReport report( emulation_.statusDir() );
+    StatusLedger ledger( emulation_ );
+    ledger.balance();
+    DemoReport report( ledger.total() );
     for ( auto const& [vlanId, querier] : queriers_ ) {
         std::string const link = vlanId == untagged ? "" : "VLAN " + std::to_string( vlanId ) + ": ";
         report.querierIs( *querier, configured( vlanId ), link );

@@ -8,6 +8,8 @@
 
 namespace Agent {
 
+using Igmp::IgmpHostStatus;
+
 namespace {
 
 void
@@ -41,13 +43,19 @@ DemoReport::querierIs( Lab::Querier const& querier, Membership const& configured
 
 void
 DemoReport::print( std::ostream& out ) const {
+    Kiv::U64 const v3Reports = hosts_.counter( IgmpHostStatus::attrV3CurrentStateReportSent ) +
+                               hosts_.counter( IgmpHostStatus::attrV3StateChangeReportSent );
     printRow( out, "", "hosts have sent", "querier has heard" );
-    printRow( out, "version 1 reports", hosts_.v1Reports, heard_.v1Reports );
-    printRow( out, "version 2 reports", hosts_.v2Reports, heard_.v2Reports );
-    printRow( out, "version 2 leaves", hosts_.v2Leaves, heard_.v2Leaves );
-    printRow( out, "version 3 reports", hosts_.v3Reports, heard_.v3Reports );
+    printRow(
+        out, "version 1 reports", hosts_.counter( IgmpHostStatus::attrV1ReportsSent ), heard_.v1Reports
+    );
+    printRow(
+        out, "version 2 reports", hosts_.counter( IgmpHostStatus::attrV2ReportsSent ), heard_.v2Reports
+    );
+    printRow( out, "version 2 leaves", hosts_.counter( IgmpHostStatus::attrV2LeavesSent ), heard_.v2Leaves );
+    printRow( out, "version 3 reports", v3Reports, heard_.v3Reports );
     printRow( out, "", "hosts have heard", "querier has sent" );
-    printRow( out, "queries", hosts_.queriesHeard, queries_ );
+    printRow( out, "queries", hosts_.queriesHeard(), queries_ );
     printRow( out, "", "hosts want", "querier has learned" );
     printRow( out, "groups", configuredGroups_, learnedGroups_ );
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "agent/command/ExitStatus.h"
-#include "agent/output/StatusTotals.h"
+#include "agent/output/StatusLedger.h"
 #include "agent/querying/Membership.h"
 
 namespace Agent {
@@ -13,7 +13,7 @@ namespace Agent {
 /// What both sides of a demonstration have counted and know in the end, told as a table.
 class DemoReport {
   public:
-    explicit DemoReport( Igmp::IgmpHostStatusDir const& statusDir ) : hosts_( statusDir ) {}
+    explicit DemoReport( StatusLedger::Account const& hosts ) : hosts_( hosts ) {}
 
     /// Takes in a querier and what the hosts on its link are configured to want. `link` names the link where
     /// there are several.
@@ -25,7 +25,7 @@ class DemoReport {
     void print( std::ostream& out ) const;
 
   private:
-    StatusTotals const hosts_;
+    StatusLedger::Account const hosts_;
     Lab::QuerierCounters heard_;
     Kiv::U64 queries_ = 0;
     std::size_t configuredGroups_ = 0;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "agent/traffic/Traffic.h"
+
 namespace Agent {
 
 using Igmp::IgmpHost;
@@ -56,7 +58,7 @@ Simulation::Link&
 Simulation::linkOf( HostSpec const& spec ) {
     auto const device = spec.settings.value<Kiv::String8>( IgmpHost::attrDeviceName );
     auto const ns = spec.settings.value<Zornet::NamespaceName>( IgmpHost::attrNs );
-    std::string const name = std::string( device.view() ) + " in " + ns.name().charPtr();
+    std::string const name = deviceLabel( ns, device );
     auto const [at, isNew] = links_.try_emplace( name );
     if ( isNew && !device.empty() ) {
         at->second.name = name;

@@ -33,8 +33,7 @@ class DemoReportTest : public Support::SimulatedTest {
 
     Kiv::Ptr<Lab::ScriptedPam> const pam_{ new Lab::ScriptedPam };
     Lab::Querier querier_{ {}, pam_, wheel() };
-    Kiv::Ptr<Igmp::IgmpHostStatusDir> const statusDir_ = Igmp::igmpHostStatusDirFactory( "status" );
-    DemoReport report_{ *statusDir_ };
+    DemoReport report_{ StatusLedger::Account() };
 };
 
 TEST_F( DemoReportTest, AgreesWhereTheQuerierHasLearnedWhatIsConfigured ) {
@@ -75,9 +74,16 @@ TEST_F( DemoReportTest, TenDifferencesAreShownAndAllAreCounted ) {
 }
 
 TEST_F( DemoReportTest, TableShowsBothSides ) {
-    statusDir_->igmpHostStatusIs( "a" )->v2ReportsSentIs( 1234567 );
-    statusDir_->igmpHostStatusIs( "b" )->v2GeneralQueryReceivedIs( 2 );
-    DemoReport report( *statusDir_ );
+    Emulation const emulation( wheel() );
+    for ( char const* const name : { "a", "b" } ) {
+        emulation.hostDir().igmpHostIs( name );
+        emulation.statusDir().igmpHostStatusIs( name );
+    }
+    emulation.statusDir().igmpHostStatus( "a" )->v2ReportsSentIs( 1234567 );
+    emulation.statusDir().igmpHostStatus( "b" )->v2GeneralQueryReceivedIs( 2 );
+    StatusLedger ledger( emulation );
+    ledger.balance();
+    DemoReport report( ledger.total() );
     report.querierIs( querier_, { { G, everything } }, "" );
     std::ostringstream out;
     report.print( out );

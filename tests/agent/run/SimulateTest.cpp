@@ -48,6 +48,24 @@ TEST_F( Simulate, QueriersLearnWhatHostsOfEveryVlanWant ) {
     EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: 3 of 3 expectations met\n" ) );
 }
 
+TEST_F( Simulate, DevicesAndTheirFarEndsAreCalledAsElsewhere ) {
+    std::string const path = folder_.fileWith(
+        "s.yaml", "hosts:\n"
+                  "  - { name: a, ipAddr: 10.0.0.1, macAddr: 02:00:00:00:00:01, deviceName: eth0, "
+                  "groups: 239.1.1.1 }\n"
+                  "  - { name: b, ipAddr: 10.0.0.2, macAddr: 02:00:00:00:00:02, deviceName: eth1, ns: blue, "
+                  "groups: 239.1.1.1 }\n"
+    );
+    AgentProcess agent( { "run", "--simulate", path, "--duration", "100" } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    for ( char const* const device : { "eth0", "eth0, far end", "blue/eth1", "blue/eth1, far end" } ) {
+        EXPECT_THAT(
+            agent.written( AgentProcess::errors ),
+            HasSubstr( std::string( "igmphost: frames on " ) + device + "\n" )
+        );
+    }
+}
+
 TEST_F( Simulate, TwoRunsAreAlike ) {
     std::string const events = "events: [ { at: 5, jitter: 9, flap: { down: 10, up: 50 } } ]\n";
     std::vector<std::string> written;
