@@ -25,6 +25,7 @@ class AgentProcess {
     /// All that has been written so far.
     std::string const& written( Stream stream ) const { return written_.at( stream ); }
     void signal( int number ) const;
+    pid_t id() const { return process_; }
     /// Waits for the end and returns the exit status; minus the signal where one killed it.
     int exitStatus();
 

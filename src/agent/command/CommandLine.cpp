@@ -4,6 +4,7 @@
 
 #include "agent/command/ExitStatus.h"
 #include "agent/command/Verb.h"
+#include "agent/run/Privileges.h"
 
 namespace Agent {
 
@@ -31,6 +32,12 @@ parseAndDo( CLI::App& app, int argc, char** argv ) {
 
 int
 commandLine( int argc, char** argv ) {
+    if ( isSetUid() ) {
+        std::cerr << "igmphost: error: it does not run set-uid or set-gid; run it as root, or give its file "
+                     "capabilities"
+                  << std::endl;
+        return exitFailed;
+    }
     CLI::App app( "Emulates IGMP hosts", "igmphost" );
     app.set_version_flag( "--version", "igmphost " IGMPHOST_VERSION, "Print the version and exit" );
     app.require_subcommand( 1 );

@@ -1,6 +1,7 @@
 #include "agent/expecting/Expectations.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <iostream>
 #include <system_error>
 
@@ -143,7 +144,9 @@ Expectations::write() const {
             replaceFile( *context_.options.junitFile, writeTo );
         } else {
             writeTo( std::cout );
-            std::cout.flush();
+            if ( !std::cout.flush() ) {
+                throw std::system_error( errno, std::generic_category(), "standard output" );
+            }
         }
         return true;
     } catch ( std::system_error const& fault ) {

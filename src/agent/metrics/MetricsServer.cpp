@@ -1,14 +1,17 @@
 #include "agent/metrics/MetricsServer.h"
 
 #include <arpa/inet.h>
+#include <linux/capability.h>
 #include <sys/socket.h>
 
 #include <cerrno>
 #include <cstring>
+#include <future>
 #include <iostream>
 #include <stdexcept>
 
 #include "agent/metrics/RunMetrics.h"
+#include "agent/run/Privileges.h"
 
 namespace Agent {
 
@@ -35,13 +38,29 @@ checkAddress( MetricsAddress const& address ) {
     }
 }
 
+/// The server's threads read what anybody on the network sends. They are started by a thread that has no
+/// more rights than it takes to listen, and so have none themselves.
+std::unique_ptr<prometheus::Exposer>
+exposerAt( MetricsAddress const& address ) {
+    constexpr U16 firstForAll = 1024;
+    std::vector<unsigned> needed;
+    if ( address.port != 0 && address.port < firstForAll ) {
+        needed.push_back( CAP_NET_BIND_SERVICE );
+    }
+    auto const make = [&] {
+        keepCapabilities( needed );
+        return std::make_unique<prometheus::Exposer>( address.text() );
+    };
+    return std::async( std::launch::async, make ).get();
+}
+
 } // namespace
 
 MetricsServer::MetricsServer( RunContext const& context ) : context_( context ) {
     MetricsAddress address = *context.options.metrics;
     checkAddress( address );
     try {
-        exposer_ = std::make_unique<prometheus::Exposer>( address.text() );
+        exposer_ = exposerAt( address );
     } catch ( std::exception const& fault ) {
         fail( address.text(), fault.what() );
     }

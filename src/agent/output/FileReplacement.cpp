@@ -1,11 +1,14 @@
 #include "agent/output/FileReplacement.h"
 
+#include <ext/stdio_filebuf.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
+#include <ostream>
 #include <system_error>
+
+#include "agent/output/OutputFile.h"
 
 namespace Agent {
 
@@ -13,15 +16,16 @@ namespace {
 
 namespace fs = std::filesystem;
 
-[[noreturn]] void
-fail( std::string const& path, int error ) {
-    throw std::system_error( error, std::generic_category(), "cannot write " + path );
+fs::file_status
+statusOf( std::string const& path ) {
+    std::error_code ignored;
+    fs::file_status const status = fs::symlink_status( path, ignored );
+    return fs::is_symlink( status ) && followsLinks() ? fs::status( path, ignored ) : status;
 }
 
 bool
 isWrittenAsItIs( std::string const& path ) {
-    std::error_code ignored;
-    fs::file_status const status = fs::status( path, ignored );
+    fs::file_status const status = statusOf( path );
     return fs::exists( status ) && !fs::is_regular_file( status );
 }
 
@@ -39,16 +43,27 @@ temporaryPath( fs::path const& real ) {
 }
 
 void
-writeTo( std::string const& path, std::function<void( std::ostream& )> const& write ) {
+writeTo(
+    std::string const& path, Zornet::FileDescriptor file, std::function<void( std::ostream& )> const& write
+) {
+    if ( !file ) {
+        throwCannotWrite( path, errno );
+    }
     errno = 0;
-    std::ofstream out( path, std::ios::binary | std::ios::trunc );
-    if ( out ) {
-        write( out );
-        out.close();
+    __gnu_cxx::stdio_filebuf<char> buffer( file.release(), std::ios::out | std::ios::binary );
+    std::ostream out( &buffer );
+    write( out );
+    if ( !out.flush() || !buffer.close() ) {
+        throwCannotWrite( path, errno != 0 ? errno : EIO );
     }
-    if ( !out ) {
-        fail( path, errno != 0 ? errno : EIO );
-    }
+}
+
+/// What an agent of the same number left there goes first.
+void
+writeNew( fs::path const& path, std::function<void( std::ostream& )> const& write ) {
+    std::error_code ignored;
+    fs::remove( path, ignored );
+    writeTo( path, newOutputFile( path ), write );
 }
 
 } // namespace
@@ -56,37 +71,40 @@ writeTo( std::string const& path, std::function<void( std::ostream& )> const& wr
 void
 replaceFile( std::string const& path, std::function<void( std::ostream& )> const& write ) {
     if ( isWrittenAsItIs( path ) ) {
-        writeTo( path, write );
+        writeTo( path, outputFile( path ), write );
         return;
     }
     fs::path const real = realPath( path );
     fs::path const temporary = temporaryPath( real );
     try {
-        writeTo( temporary, write );
+        writeNew( temporary, write );
         fs::rename( temporary, real );
     } catch ( std::system_error const& fault ) {
         std::error_code ignored;
         fs::remove( temporary, ignored );
-        fail( path, fault.code().value() );
+        throwCannotWrite( path, fault.code().value() );
     }
 }
 
 void
 checkReplaceable( std::string const& path ) {
+    if ( fs::is_symlink( statusOf( path ) ) ) {
+        throwCannotWrite( path, ELOOP );
+    }
     if ( isWrittenAsItIs( path ) ) {
         if ( access( path.c_str(), W_OK ) != 0 ) {
-            fail( path, errno );
+            throwCannotWrite( path, errno );
         }
         if ( fs::is_directory( path ) ) {
-            fail( path, EISDIR );
+            throwCannotWrite( path, EISDIR );
         }
         return;
     }
     fs::path const temporary = temporaryPath( realPath( path ) );
     try {
-        writeTo( temporary, []( std::ostream& ) {} );
+        writeNew( temporary, []( std::ostream& ) {} );
     } catch ( std::system_error const& fault ) {
-        fail( path, fault.code().value() );
+        throwCannotWrite( path, fault.code().value() );
     }
     fs::remove( temporary );
 }

@@ -94,6 +94,7 @@ query( QueryOptions const& options ) {
         std::cerr << "igmphost: error: " << missing << std::endl;
         return exitFailed;
     }
+    keepCapabilities( deviceCapabilities( !options.ns.empty() ) );
     Lab::QuerierConfig const config = configOf( options );
     try {
         config.check();

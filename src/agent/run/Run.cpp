@@ -125,6 +125,7 @@ Runner::nextEvent() const {
 
 ExitStatus
 Runner::run() {
+    keepCapabilities( runCapabilities( context_.options, context_.scenario ) );
     context_.nextEvent = [this] { return nextEvent(); };
     loadHosts( context_.scenario, emulation_.hostDir() );
     for ( auto const& part : parts_ ) {

@@ -1,5 +1,8 @@
 #include "agent/traffic/CaptureFile.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -9,6 +12,7 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "agent/output/OutputFile.h"
 #include "platform/kiv/Clock.h"
 
 namespace Agent {
@@ -48,6 +52,20 @@ wholeRecords( std::string const& file, U64 from ) {
     }
 }
 
+pcap_dumper_t*
+dumperTo( std::string const& path, pcap_t* capture ) {
+    if ( path == "-" ) {
+        return pcap_dump_open( capture, "-" );
+    }
+    Zornet::FileDescriptor file = outputFile( path );
+    std::FILE* const stream = file ? fdopen( file.get(), "wb" ) : nullptr;
+    if ( !stream ) {
+        throwCannotWrite( path, errno );
+    }
+    file.release();
+    return pcap_dump_fopen( capture, stream ); // closes what it cannot write to
+}
+
 } // namespace
 
 CaptureFile::CaptureFile( RunContext const& context )
@@ -56,7 +74,7 @@ CaptureFile::CaptureFile( RunContext const& context )
           pcap_open_dead_with_tstamp_precision( DLT_EN10MB, longestFrame, PCAP_TSTAMP_PRECISION_NANO ),
           &pcap_close
       ) {
-    dumper_ = pcap_dump_open( handle_.get(), context.options.captureFile->c_str() );
+    dumper_ = dumperTo( *context.options.captureFile, handle_.get() );
     if ( !dumper_ ) {
         throw std::runtime_error( std::string( "cannot write " ) + pcap_geterr( handle_.get() ) );
     }
@@ -127,10 +145,12 @@ CaptureFile::fail( int error ) {
     failed_ = true;
     std::cerr << "igmphost: error: the capture ends: cannot write " << file << ": " << std::strerror( error )
               << "; the hosts go on" << std::endl;
+    Zornet::FileDescriptor const written( dup( fileno( pcap_dump_file( dumper_ ) ) ) );
     close();
-    std::error_code ignored;
-    if ( std::filesystem::is_regular_file( file, ignored ) ) {
-        std::filesystem::resize_file( file, wholeRecords( file, flushedBytes_ ), ignored );
+    struct stat status {};
+    if ( fstat( written.get(), &status ) == 0 && S_ISREG( status.st_mode ) ) {
+        auto const whole = static_cast<off_t>( wholeRecords( file, flushedBytes_ ) );
+        [[maybe_unused]] int const cut = ftruncate( written.get(), whole );
     }
 }
 

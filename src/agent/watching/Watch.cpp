@@ -39,6 +39,7 @@ Watcher::run() {
         [this]( Kiv::Seconds time, std::span<Zornet::U8 const> frame ) { handleFrame( time, frame ); },
         [this]( std::string const& why ) { handleEnded( why ); }
     );
+    keepCapabilities( {} ); // a device that has been opened is not opened again
     std::cerr << "igmphost: watching " << options_.device << ( options_.duration ? "" : " until Ctrl-C" )
               << std::endl;
     activity_.runFor( options_.duration.value_or( Kiv::never ) );

@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/TemporaryFolder.h"
@@ -41,6 +42,25 @@ TEST( CommandLine, HelpOfAVerbNamesItsOptions ) {
     EXPECT_EQ( run.exitStatus(), 0 );
     for ( char const* const option : { "SCENARIO", "--duration", "--status", "--trace" } ) {
         EXPECT_THAT( run.written( AgentProcess::output ), HasSubstr( option ) );
+    }
+}
+
+TEST( CommandLine, SetUidIsRefused ) {
+    if ( geteuid() != 0 ) {
+        GTEST_SKIP() << "only root can become somebody else";
+    }
+    for ( char const* const other : { "--ruid=65534", "--rgid=65534" } ) {
+        std::vector<std::string> prefix{ "setpriv", other };
+        if ( std::string_view( other ).starts_with( "--rgid" ) ) {
+            prefix.push_back( "--keep-groups" );
+        }
+        AgentProcess agent( { "--version" }, prefix );
+        EXPECT_EQ( agent.exitStatus(), 1 ) << other;
+        EXPECT_EQ(
+            agent.written( AgentProcess::errors ),
+            "igmphost: error: it does not run set-uid or set-gid; run it as root, or give its file "
+            "capabilities\n"
+        );
     }
 }
 

@@ -270,6 +270,20 @@ TEST_F( ControlFaults, SocketOfALiveAgentIsLeftToIt ) {
     expectUndisturbed();
 }
 
+TEST_F( ControlFaults, SocketOfAnAgentThatHasDiedIsReplaced ) {
+    agent_->signal( SIGKILL );
+    EXPECT_EQ( agent_->exitStatus(), -SIGKILL );
+    AgentProcess next( { "run", "--control", path_ } );
+    EXPECT_TRUE( next.waitFor(
+        AgentProcess::errors,
+        "igmphost: replaced the socket that an agent which has ended left at " + path_ + "\n"
+    ) );
+    EXPECT_TRUE( next.waitFor( AgentProcess::errors, "until Ctrl-C\n" ) );
+    EXPECT_EQ( toldBy( { "ctl", path_, "hosts" } ).status, 0 );
+    next.signal( SIGTERM );
+    EXPECT_EQ( next.exitStatus(), 0 );
+}
+
 /// The command where no agent is.
 class ControlWithoutAgent : public ::testing::Test {
   protected:
@@ -333,7 +347,7 @@ TEST_F( ControlCutOff, LossInMidCommandIsToldAndAFailure ) {
             server_.endAll( "it is over" );
         }
     ) );
-    AgentProcess command( { "ctl", path_, "set", "rx", "blocked=true" } );
+    AgentProcess command( { "ctl", path_, "set", "rx", "robustness=3" } );
     Kiv::defaultActivity()->activitySm().runUntil( [&] { return isCut; }, 20.0 );
     EXPECT_EQ( command.exitStatus(), 1 );
     EXPECT_EQ( command.written( AgentProcess::output ), "" );

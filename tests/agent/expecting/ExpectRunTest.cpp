@@ -83,6 +83,17 @@ TEST_F( ExpectRun, ReportThatCannotBeWrittenIsToldBeforeAnythingBegins ) {
     );
 }
 
+TEST_F( ExpectRun, ReportThatFindsNoRoomIsAFailure ) {
+    AgentProcess agent( { "run", scenario( "expect: [ { igmpVersion: 2 } ]\n" ), "--duration", "0.02",
+                          "--junit", "/dev/full" } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        HasSubstr( "igmphost: error: the outcome is not written: cannot write /dev/full: No space left on "
+                   "device\n" )
+    );
+}
+
 TEST_F( ExpectRun, WhatIsExpectedWronglyIsAScenarioThatIsWrong ) {
     AgentProcess agent( { "run", scenario( "expect: [ { v2ReportSent: 1 } ]\n" ), "--duration", "0.02" } );
     EXPECT_EQ( agent.exitStatus(), 2 );

@@ -1,6 +1,7 @@
 #include "agent/output/FileReplacement.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <ostream>
 #include <system_error>
@@ -55,12 +56,46 @@ TEST_F( FileReplacement, MessageNamesTheFileAndTheReason ) {
     }
 }
 
+/// Root for as long as it lives, or somebody else.
+class EffectiveUser {
+  public:
+    explicit EffectiveUser( uid_t user ) { seteuid( user ); }
+    ~EffectiveUser() { seteuid( 0 ); }
+    EffectiveUser( EffectiveUser const& ) = delete;
+    EffectiveUser& operator=( EffectiveUser const& ) = delete;
+};
+
+constexpr uid_t nobody = 65534;
+
 TEST_F( FileReplacement, LinkStaysALinkToTheFile ) {
+    std::filesystem::permissions( folder_.path(), std::filesystem::perms::all );
+    EffectiveUser const user( nobody );
     folder_.fileWith( "real", "old" );
     std::filesystem::create_symlink( "real", folder_.file( "link" ) );
     replace( folder_.file( "link" ), "new" );
     EXPECT_TRUE( std::filesystem::is_symlink( folder_.file( "link" ) ) );
     EXPECT_EQ( folder_.contents( "real" ), "new" );
+}
+
+TEST_F( FileReplacement, RootFollowsNoLink ) {
+    if ( geteuid() != 0 ) {
+        GTEST_SKIP() << "needs root";
+    }
+    folder_.fileWith( "real", "old" );
+    std::filesystem::create_symlink( "real", folder_.file( "link" ) );
+    EXPECT_THROW( replace( folder_.file( "link" ), "new" ), std::system_error );
+    EXPECT_THROW( checkReplaceable( folder_.file( "link" ) ), std::system_error );
+    EXPECT_EQ( folder_.contents( "real" ), "old" );
+}
+
+TEST_F( FileReplacement, LinkInThePlaceOfTheNewFileIsNotFollowed ) {
+    folder_.fileWith( "real", "old" );
+    std::string const between = folder_.file( "a" ) + ".new-" + std::to_string( getpid() );
+    std::filesystem::create_symlink( "real", between );
+    replace( folder_.file( "a" ), "new" );
+    EXPECT_EQ( folder_.contents( "real" ), "old" );
+    EXPECT_EQ( folder_.contents( "a" ), "new" );
+    EXPECT_FALSE( std::filesystem::is_symlink( folder_.file( "a" ) ) );
 }
 
 TEST_F( FileReplacement, WhatIsNoRegularFileIsWrittenToAndStays ) {

@@ -1,9 +1,11 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "lab/Querier.h"
 #include "platform/zornet/EthDevPam.h"
@@ -15,6 +17,7 @@ namespace Agent {
 
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using Json = nlohmann::json;
@@ -170,6 +173,21 @@ TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {
     EXPECT_EQ( agent.exitStatus(), 0 );
 }
 
+TEST_F( Run, DeviceThatGoesAwayIsToldAndTakenUpAgain ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario() } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    std::string const device = "device near0 in " + near_->name();
+    near_->ip( "link del near0" );
+    ASSERT_TRUE( agent.waitFor(
+        AgentProcess::errors, "igmphost: error: " + device + ": no such device; waiting for it\n"
+    ) );
+    cableIs();
+    EXPECT_TRUE( agent.waitFor( AgentProcess::errors, "igmphost: " + device + ": running\n" ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
 TEST_F( Run, HostsGoWithoutALeave ) {
     cableIs();
     AgentProcess agent( { "run", scenario(), "--status", "-" } );
@@ -237,6 +255,88 @@ TEST_F( Run, StatusThatCannotBeWrittenInTheEndIsAFailure ) {
             "igmphost: error: the status is not written: cannot write /dev/full: No space left on device\n"
         )
     );
+}
+
+TEST_F( Run, StatusThatCannotBeWrittenMeanwhileLeavesTheHostsAlone ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", "/dev/full", "--pcap", folder_.file( "pcap" ) } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGUSR1 );
+    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, "No space left on device\n" ) );
+    auto const before = std::filesystem::file_size( folder_.file( "pcap" ) );
+    AgentProcess query( { "query", "--once", "--igmp-version", "2", "--response-time", "0.1", "--address",
+                          "10.0.0.99", "far0", "--ns", far_->name() } );
+    EXPECT_EQ( query.exitStatus(), 0 );
+    EXPECT_THAT( query.written( AgentProcess::output ), HasSubstr( "239.1.1.1" ) );
+    EXPECT_GT( std::filesystem::file_size( folder_.file( "pcap" ) ), before );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+}
+
+/// The capabilities that every thread of the process may use, and whether it may gain none, by what the
+/// system says; once each.
+std::set<std::string>
+rightsOf( AgentProcess const& agent ) {
+    std::set<std::string> rights;
+    std::string const tasks = "/proc/" + std::to_string( agent.id() ) + "/task";
+    for ( auto const& task : std::filesystem::directory_iterator( tasks ) ) {
+        std::ifstream in( task.path() / "status" );
+        std::string all;
+        for ( std::string line; std::getline( in, line ); ) {
+            if ( line.starts_with( "CapPrm:" ) || line.starts_with( "NoNewPrivs:" ) ) {
+                all += line.substr( line.find( '\t' ) + 1 ) + " ";
+            }
+        }
+        rights.insert( all );
+    }
+    return rights;
+}
+
+TEST_F( Run, KeepsNoCapabilityThatDevicesDoNotTake ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario() } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    // CAP_NET_ADMIN, CAP_NET_RAW, CAP_SYS_ADMIN
+    EXPECT_THAT( rightsOf( agent ), ElementsAre( "0000000000203000 1 " ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
+TEST_F( Run, KeepsMoreCapabilitiesForFilesAtTheEndAndNoneForTheThreadsOfMetrics ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "status" ), "--metrics",
+                          "127.0.0.1:0" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    // CAP_DAC_OVERRIDE and CAP_FOWNER beside them.
+    EXPECT_THAT( rightsOf( agent ), ElementsAre( "0000000000000000 1 ", "000000000020300a 1 " ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    expectThreeHosts( statusFile() );
+}
+
+TEST_F( Run, WithoutNamespacesThatCapabilityGoesToo ) {
+    std::string const path = folder_.fileWith( "here.yaml", "hosts: [ { name: rx, deviceName: lo } ]\n" );
+    AgentProcess agent( { "run", path } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    EXPECT_THAT( rightsOf( agent ), ElementsAre( "0000000000003000 1 " ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
+TEST_F( Run, RootFollowsNoLinkToWriteAFile ) {
+    cableIs();
+    folder_.fileWith( "precious", "precious" );
+    std::filesystem::create_symlink( "precious", folder_.file( "link" ) );
+    for ( char const* const option : { "--status", "--junit", "--pcap" } ) {
+        AgentProcess agent( { "run", scenario(), option, folder_.file( "link" ), "--duration", "0.02" } );
+        EXPECT_EQ( agent.exitStatus(), 1 ) << option;
+        EXPECT_EQ(
+            agent.written( AgentProcess::errors ),
+            "igmphost: error: cannot write " + folder_.file( "link" ) +
+                ", a link, and as root none is followed: Too many levels of symbolic links\n"
+        );
+    }
+    EXPECT_EQ( folder_.contents( "precious" ), "precious" );
 }
 
 /// Runs the command as a user who has root's rights but for those named.
