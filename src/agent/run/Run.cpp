@@ -16,7 +16,7 @@
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
 #include "agent/run/Simulation.h"
-#include "agent/scenario/ScenarioLoader.h"
+#include "agent/run/StartUp.h"
 #include "agent/scenario/ScenarioReader.h"
 #include "agent/scenario/Warnings.h"
 #include "agent/screen/Screen.h"
@@ -107,6 +107,7 @@ class Runner {
     Emulation emulation_{ wheel_ };
     StatusLedger ledger_{ emulation_ };
     RunContext context_;
+    StartUp startUp_{ context_.scenario, emulation_ };
     RunParts parts_ = makeRunParts( context_ );
 };
 
@@ -127,17 +128,19 @@ ExitStatus
 Runner::run() {
     keepCapabilities( runCapabilities( context_.options, context_.scenario ) );
     context_.nextEvent = [this] { return nextEvent(); };
-    loadHosts( context_.scenario, emulation_.hostDir() );
+    startUp_.load();
     for ( auto const& part : parts_ ) {
         part->handleLoaded();
     }
     tellBegin();
     context_.started = Kiv::now();
-    startHosts( context_.scenario, emulation_.hostDir() );
+    startUp_.start();
     for ( auto const& part : parts_ ) {
         part->handleStarted();
     }
-    Kiv::defaultActivity()->activitySm().runFor( context_.scenario.duration.value_or( Kiv::never ) );
+    if ( !startUp_.isStopped() ) {
+        Kiv::defaultActivity()->activitySm().runFor( context_.scenario.duration.value_or( Kiv::never ) );
+    }
     for ( auto const& part : parts_ ) {
         part->handleTimeOver();
     }
@@ -159,6 +162,7 @@ Runner::handleSignal( int signal ) {
             part->handleStatusWanted();
         }
     } else {
+        startUp_.stop();
         Kiv::defaultActivity()->activitySm().stop();
     }
 }

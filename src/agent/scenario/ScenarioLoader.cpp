@@ -52,6 +52,19 @@ repeatInterval( HostSpec const& spec, IgmpHost& host ) {
     }
 }
 
+/// Calls `f` with each host that is there from the start, until it is to end.
+template <class F>
+void
+forEachStarted( Scenario const& scenario, GoOn const& goOn, F f ) {
+    bool goesOn = true;
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        if ( goesOn && !spec.later ) {
+            f( spec, index );
+            goesOn = !goOn || goOn();
+        }
+    } );
+}
+
 } // namespace
 
 Kiv::Ptr<IgmpV3GroupRecord>
@@ -97,19 +110,17 @@ startHost( HostSpec const& spec, IgmpHost& host ) {
 }
 
 void
-loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
-    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        if ( !spec.later ) {
-            loadHost( spec, index, *dir.igmpHostIs( spec.hostName( index ) ) );
-        }
+loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn ) {
+    forEachStarted( scenario, goOn, [&]( HostSpec const& spec, U32 index ) {
+        loadHost( spec, index, *dir.igmpHostIs( spec.hostName( index ) ) );
     } );
 }
 
 void
-startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir ) {
-    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        if ( !spec.later ) {
-            startHost( spec, *dir.igmpHost( spec.hostName( index ) ) );
+startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn ) {
+    forEachStarted( scenario, goOn, [&]( HostSpec const& spec, U32 index ) {
+        if ( auto const host = dir.igmpHost( spec.hostName( index ) ) ) {
+            startHost( spec, *host );
         }
     } );
 }

@@ -1,18 +1,23 @@
 #pragma once
 
+#include <functional>
+
 #include "agent/scenario/Scenario.h"
 #include "model/IgmpHostDir.h"
 
 namespace Agent {
 
+/// Asked after each host of many; false ends the work there.
+using GoOn = std::function<bool()>;
+
 /// Makes the hosts that are there from the start, and sets all that the scenario says of them. They are
 /// neither bound nor enabled.
-void loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir );
+void loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn = {} );
 
 /// Makes it take effect: raises each host's generation counters once, enables the host and raises each
 /// record's version once. A counter that the scenario sets gets that number, and a host that it disables
-/// stays so.
-void startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir );
+/// stays so. A host that has gone meanwhile is left out.
+void startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn = {} );
 
 // The same for one host. What the scenario does not name of a host that is there already stays.
 void loadHost( HostSpec const& spec, U32 index, Igmp::IgmpHost& host );

@@ -273,6 +273,15 @@ TEST_F( Run, StatusThatCannotBeWrittenMeanwhileLeavesTheHostsAlone ) {
     EXPECT_EQ( agent.exitStatus(), 1 );
 }
 
+TEST_F( Run, SignalDuringTheStartEndsItWell ) {
+    std::string const path = folder_.fileWith( "many.yaml", "hosts: [ { name: rx, count: 30000 } ]\n" );
+    AgentProcess agent( { "run", path, "--leave-on-exit" } );
+    ASSERT_TRUE( hasBegun( agent ) ); // said before the hosts are started
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: ended after " ) );
+}
+
 /// The capabilities that every thread of the process may use, and whether it may gain none, by what the
 /// system says; once each.
 std::set<std::string>

@@ -59,6 +59,18 @@ hosts:
       - { multicastAddr: 239.1.2.1, sources: [ 10.9.9.1, 10.9.9.2 ] }
 )";
 
+TEST_F( ScenarioLoader, WorkEndsWhereItIsToldTo ) {
+    scenario_ = scenarioOf( "hosts: [ { name: rx, count: 9, deviceName: eth0 } ]" );
+    int asked = 0;
+    loadHosts( scenario_, dir(), [&] { return ++asked < 5; } );
+    EXPECT_EQ( dir().igmpHosts(), 5U );
+    dir().igmpHostDel( "rx-2" );
+    asked = 0;
+    startHosts( scenario_, dir(), [&] { return ++asked < 3; } );
+    EXPECT_TRUE( host( "rx-3" ).enabled() );
+    EXPECT_FALSE( host( "rx-4" ).enabled() );
+}
+
 TEST_F( ScenarioLoader, HostsGetTheirSettingsAndTheirSteps ) {
     load( twoHosts );
     EXPECT_EQ( dir().igmpHosts(), 2U );
