@@ -20,7 +20,9 @@ void
 StartUp::start() {
     done_ = "started";
     hosts_ = 0;
-    startHosts( scenario_, hostDir_, [this] { return goOn(); } );
+    if ( !stopped_ ) {
+        startHosts( scenario_, hostDir_, [this] { return goOn(); } );
+    }
 }
 
 bool

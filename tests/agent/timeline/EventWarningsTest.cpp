@@ -129,6 +129,28 @@ TEST( EventWarnings, LastOfAGreatManyEntriesIsLookedAt ) {
     );
 }
 
+TEST( EventWarnings, JoinThatIsNeverToldIsTold ) {
+    EXPECT_EQ(
+        eventWarnings(
+            "{ at: 1, set: { robustness: 0 } }\n  - { at: 2, join: 239.1.1.1 }", ", igmpVersion: 3"
+        ),
+        ":4:33: error: robustness: 0 ends the process when sources change in version 3\n"
+        ":5:5: error: robustness: 0 tells neither join nor leave of a group in EXCLUDE mode in version 3\n"
+    );
+}
+
+TEST( EventWarnings, SmallerPacketsAreHeldAgainstTheLongestRecord ) {
+    EXPECT_EQ(
+        eventWarnings(
+            "{ at: 1, set: { mtu: 65 } }",
+            ", igmpVersion: 3, groups: [ 239.1.1.1, { multicastAddr: 239.1.1.2, sources: "
+            "10.1.1.1-10.1.1.3 }, 239.1.1.3 ]"
+        ),
+        ":4:5: error: group 239.1.1.2: a record of its 3 sources is larger than the mtu, and a change of "
+        "filter mode is never reported whole\n"
+    );
+}
+
 TEST( EventWarnings, TimesThatDoNotComeAreTold ) {
     EXPECT_EQ(
         eventWarnings( "{ at: 101, enable: true }" ),
