@@ -3,7 +3,8 @@
 if( NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang" )
    message( FATAL_ERROR "IGMPHOST_BUILD_FUZZ needs clang" )
 endif()
-add_library( igmphost_fuzz_support STATIC ${PROJECT_SOURCE_DIR}/tests/support/Frames.cpp )
+add_library( igmphost_fuzz_support STATIC
+   ${PROJECT_SOURCE_DIR}/tests/support/Frames.cpp ${PROJECT_SOURCE_DIR}/tests/support/HostChecks.cpp )
 target_include_directories( igmphost_fuzz_support PUBLIC ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/src )
 file( GLOB fuzzSources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/tests/fuzz/*.cpp )
 foreach( source IN LISTS fuzzSources )

@@ -17,6 +17,7 @@
 #include "platform/zornet/device/DeviceProvider.h"
 #include "tests/fuzz/FuzzFrames.h"
 #include "tests/support/FedPam.h"
+#include "tests/support/HostChecks.h"
 
 namespace {
 
@@ -106,11 +107,6 @@ struct Subject {
     }
 };
 
-bool
-isArmed( ResponseTimerSm const& timer ) {
-    return Kiv::isFinite( timer.responseDelay()->timeMin() );
-}
-
 class World {
   public:
     explicit World( bool deferred );
@@ -136,10 +132,7 @@ class World {
 
     void handleSent( unsigned number );
 
-    std::size_t checkHost( Subject& subject );
-    static void checkDisabled( IgmpHostSm const& sm );
-    static void checkGroups( Subject const& subject, IgmpHostSm const& sm );
-    static void checkVersion( Subject const& subject, IgmpHostSm const& sm );
+    void checkHost( Subject& subject );
     static void checkCounters( Subject& subject );
 
     Kiv::SimulatedClock clock_;
@@ -363,75 +356,21 @@ World::check() {
     settle();
     std::size_t armed = 0;
     for ( Subject& subject : subjects_ ) {
-        armed += checkHost( subject );
+        checkHost( subject );
+        armed += Support::armedTimers( sm( subject ) );
     }
     require( wheel_->armedTimers() == armed, "every armed timer belongs to a machine that stands" );
 }
 
 void
-World::checkDisabled( IgmpHostSm const& host ) {
-    require( !host.igmpHostStatus() && !host.aggregatedSenderSm(), "a disabled host has no companions" );
-    require( !host.igmpV3HostGeneralQueryTimerSm(), "a disabled host has no query timer" );
-    require( host.groupTimerSm().size() == 0, "a disabled host has no group timers" );
-    require( host.v3GroupQueryTimerSm().size() == 0, "a disabled host has no group query timers" );
-    require( !Kiv::isFinite( host.v1RouterPresentTimer()->timeMin() ), "a disabled host has no hold" );
-    require( !Kiv::isFinite( host.v2RouterPresentTimer()->timeMin() ), "a disabled host has no hold" );
-}
-
-/// Returns how many of the host's timers are armed.
-std::size_t
 World::checkHost( Subject& subject ) {
     IgmpHostSm const& host = sm( subject );
-    require( host.enabled() == subject.host->enabled(), "the machine follows the switch" );
+    char const* const fault = Support::hostFault( host, subject.everPeriodic );
+    require( fault == nullptr, fault );
     subject.statusIs( host.igmpHostStatus() );
-    if ( !host.enabled() ) {
-        checkDisabled( host );
-        return 0;
+    if ( subject.status ) {
+        checkCounters( subject );
     }
-    require( subject.status != nullptr, "an enabled host has a status" );
-    checkGroups( subject, host );
-    checkVersion( subject, host );
-    checkCounters( subject );
-    std::size_t armed = Kiv::isFinite( host.v1RouterPresentTimer()->timeMin() );
-    armed += Kiv::isFinite( host.v2RouterPresentTimer()->timeMin() );
-    armed += isArmed( *host.aggregatedSenderSm() );
-    armed += isArmed( *host.igmpV3HostGeneralQueryTimerSm() );
-    for ( IgmpHostGroupTimerSm const& timer : host.groupTimerSm() ) {
-        armed += isArmed( timer );
-    }
-    for ( IgmpV3HostGroupQueryTimerSm const& timer : host.v3GroupQueryTimerSm() ) {
-        armed += isArmed( timer );
-    }
-    return armed;
-}
-
-void
-World::checkGroups( Subject const& subject, IgmpHostSm const& host ) {
-    std::size_t const records = subject.host->v3groups();
-    require( host.groupTimerSm().size() == records, "a group timer for each record" );
-    require( host.v3GroupQueryTimerSm().size() == records, "a group query timer for each record" );
-    for ( IgmpHostGroupTimerSm const& timer : host.groupTimerSm() ) {
-        require( subject.host->v3group( timer.group() ) != nullptr, "a record for each group timer" );
-        bool const pending = timer.responseDelayTimerState() == timerRunning;
-        require( timer.responseDelayRemaining() >= 0.0, "time does not run backwards" );
-        require( !pending || isArmed( timer ), "a pending answer is armed" );
-        require( pending || subject.everPeriodic || !isArmed( timer ), "an idle timer is not armed" );
-    }
-}
-
-void
-World::checkVersion( Subject const& subject, IgmpHostSm const& host ) {
-    IgmpVersion const ceiling = subject.host->igmpVersion();
-    IgmpVersion const inForce = host.igmpHostStatus()->igmpVersion();
-    require( inForce <= ceiling, "the version in force is no later than configured" );
-    if ( subject.everPeriodic ) {
-        return;
-    }
-    bool const v1 = Kiv::isFinite( host.v1RouterPresentTimer()->timeMin() );
-    bool const v2 = Kiv::isFinite( host.v2RouterPresentTimer()->timeMin() );
-    IgmpVersion const heard = v1 ? igmpVersion1 : v2 ? igmpVersion2 : igmpVersion3;
-    bool const forced = subject.host->igmpVersionForced();
-    require( inForce == ( forced ? ceiling : std::min( heard, ceiling ) ), "the oldest querier heard rules" );
 }
 
 /// Version 1 and 2 count attempts, version 3 what went out.
