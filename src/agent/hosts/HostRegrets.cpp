@@ -25,6 +25,7 @@ addValues( Settings& settings, std::span<Kiv::Attribute const> table, Kiv::PtrIn
 AddressList
 listOf( std::vector<Zornet::IpAddr> const& addrs ) {
     std::vector<AddressBlock> blocks;
+    blocks.reserve( addrs.size() );
     for ( Zornet::IpAddr const& addr : addrs ) {
         blocks.push_back( { addr, 1, 1, {} } );
     }

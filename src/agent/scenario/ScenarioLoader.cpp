@@ -69,7 +69,7 @@ forEachStarted( Scenario const& scenario, GoOn const& goOn, F f ) {
 
 Kiv::Ptr<IgmpV3GroupRecord>
 groupRecordIs( GroupSpec const& spec, Zornet::IpAddr const& group, IgmpHost& host ) {
-    Kiv::Ptr<IgmpV3GroupRecord> const record = host.v3groupIs( group );
+    Kiv::Ptr<IgmpV3GroupRecord> record = host.v3groupIs( group );
     for ( Setting const& setting : spec.settings.settings() ) {
         setting.attribute->write( *record, setting.value );
     }
