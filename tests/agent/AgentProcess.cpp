@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -95,6 +96,15 @@ AgentProcess::waitFor( Stream stream, std::string const& text ) {
 void
 AgentProcess::signal( int number ) const {
     kill( process_, number );
+}
+
+std::size_t
+AgentProcess::residentBytes() const {
+    std::ifstream statm( "/proc/" + std::to_string( process_ ) + "/statm" );
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    statm >> all >> resident;
+    return resident * static_cast<std::size_t>( sysconf( _SC_PAGESIZE ) );
 }
 
 int

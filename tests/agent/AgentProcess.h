@@ -26,6 +26,8 @@ class AgentProcess {
     std::string const& written( Stream stream ) const { return written_.at( stream ); }
     void signal( int number ) const;
     pid_t id() const { return process_; }
+    /// Memory that it has at present.
+    std::size_t residentBytes() const;
     /// Waits for the end and returns the exit status; minus the signal where one killed it.
     int exitStatus();
 

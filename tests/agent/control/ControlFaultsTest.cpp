@@ -9,6 +9,7 @@
 #include "agent/control/ControlMounts.h"
 #include "agent/control/ControlServer.h"
 #include "agent/control/SocketPath.h"
+#include "agent/hosts/HostPattern.h"
 #include "platform/kiv/GenericIf.h"
 #include "platform/kiv/nboattrlog/In.h"
 #include "platform/kiv/nboattrlog/Out.h"
@@ -189,6 +190,71 @@ TEST_F( ControlFaults, PeerThatNeverReadsHoldsNobodyUp ) {
         output( { "set", "many-*", "mtu=" + std::to_string( 1400 + i ) } );
     }
     EXPECT_EQ( output( { "get", "many-7", "mtu" } ), "1402\n" );
+    expectUndisturbed();
+}
+
+/// A controller that reads only when the test says so.
+class SleepingReader {
+  public:
+    explicit SleepingReader( std::string const& path ) : connection_( connect( path ) ) {}
+
+    void runOnce() const { asleep_->activitySm().runOnce(); }
+    /// Until the mirror stands and all hosts of it, but for some, have that mtu.
+    bool reads( Kiv::U32 mtu, std::size_t others ) const {
+        auto const isLevel = [&] {
+            std::size_t different = 0;
+            for ( Igmp::IgmpHost const& host : hosts_->igmpHost() ) {
+                different += host.mtu() == mtu ? 0 : 1;
+            }
+            return connection_->isSynchronised() && different == others;
+        };
+        return asleep_->activitySm().runUntil( isLevel, 20.0 );
+    }
+    Kiv::Connection const& connection() const { return *connection_; }
+    std::size_t hosts() const { return hosts_->igmpHosts(); }
+
+  private:
+    Kiv::Ptr<Kiv::Connection> connect( std::string const& path ) const {
+        Zornet::FileDescriptor socket = newStreamSocket();
+        EXPECT_EQ( connectTo( socket, socketAddress( path ) ), 0 );
+        return new Kiv::Connection(
+            socket.release(), Kiv::Connection::Role::client, controlMounts( hosts_, status_ ), "the agent",
+            asleep_
+        );
+    }
+
+    Kiv::Ptr<Kiv::ActivityConfig> const asleep_{ new Kiv::ActivityConfig };
+    Kiv::Ptr<Igmp::IgmpHostDir> const hosts_ = Igmp::igmpHostDirFactory( "hosts" );
+    Kiv::Ptr<Igmp::IgmpHostStatusDir> const status_ = Igmp::igmpHostStatusDirFactory( "status" );
+    Kiv::Ptr<Kiv::Connection> const connection_;
+};
+
+/// The changes, kept as copies, would take more than three times the growth that is allowed.
+TEST_F( ControlFaults, PeerThatDoesNotReadCostsBoundedMemoryAndConvergesWhenItReads ) {
+    output( { "add", "many", "--count", "300", "ipAddr=10.1.0.1", "macAddr=02:00:00:00:01:01",
+              "deviceName=none0", "--group", "239.1.0.0-239.1.0.39" } );
+    SleepingReader const reader( path_ );
+    reader.runOnce(); // it asks for everything, and takes nothing in after that
+    ControlClient writer( path_, 20.0 );
+    writer.synchronise();
+    Kiv::U32 mtu = 600;
+    auto const change = [&]( int rounds ) {
+        for ( int i = 0; i < rounds; ++i, ++mtu ) {
+            for ( auto const& host : hostsOf( writer.hostDir(), "many-*" ) ) {
+                host->mtuIs( mtu + 1 );
+            }
+            writer.settle();
+        }
+    };
+    change( 20 );
+    [[maybe_unused]] std::size_t const before = agent_->residentBytes();
+    change( 200 );
+#ifndef __SANITIZE_ADDRESS__ // which keeps for a while what has been given back
+    EXPECT_LT( agent_->residentBytes(), before + 512 * 1024 );
+#endif
+    EXPECT_FALSE( reader.connection().isSynchronised() );
+    EXPECT_TRUE( reader.reads( mtu, 3 ) );
+    EXPECT_EQ( reader.hosts(), 303U );
     expectUndisturbed();
 }
 
