@@ -74,6 +74,7 @@ class Connection::Stream : private NboAttrLog::StreamOwner, private IoHandler, p
     void tellUser();
     void handleMount( In& payload, bool isComplete );
     void handleOrphan( In& payload, bool isWritable );
+    void handleSynchronised( In& payload );
     Mounted& mount( String8 const& name );
     void finish();
 
@@ -380,7 +381,7 @@ Connection::Stream::handleControl( MsgHeader const& header, In& payload ) {
     } else if ( header.operation == Operation::orphan && isClient ) {
         handleOrphan( payload, ( header.secondFlags & NboAttrLog::mountWritable ) != 0 );
     } else if ( header.operation == Operation::synchronised && isClient ) {
-        isSynchronised_ = true;
+        handleSynchronised( payload );
     } else {
         throwAttrLogRecordException( "unknown message about the stream" );
     }
@@ -393,6 +394,17 @@ Connection::Stream::handleMount( In& payload, bool isComplete ) {
     asked.isMounted = true;
     isSynchronised_ = false;
     demuxer_->serve( asked.mount.name, asked.mount.entity, asked.mount.isWritable, isComplete );
+}
+
+void
+Connection::Stream::handleSynchronised( In& payload ) {
+    payload.endIs();
+    for ( Mounted const& one : mounts_ ) {
+        if ( !one.isMounted ) {
+            throwAttrLogRecordException( "mount " + one.mount.name.string() + " has not been told" );
+        }
+    }
+    isSynchronised_ = true;
 }
 
 void

@@ -484,6 +484,19 @@ TEST_F( HostileServer, AMemberThatIsToldTwice ) {
     EXPECT_EQ( answerTo( orphan() + host( { 1, 1 } ) + host( { 2, 1 } ) ), "member is announced twice" );
 }
 
+TEST_F( HostileServer, AnEndOfTheFullSendBeforeEveryMountStands ) {
+    Bytes const synchronised = RawPeer::message( {}, 0, Operation::synchronised, []( Out& ) {} );
+    EXPECT_EQ( answerTo( orphan() + synchronised ), "mount igmpHostStatusDir has not been told" );
+    EXPECT_FALSE( client_->isSynchronised() );
+}
+
+TEST_F( HostileServer, AnEndOfTheFullSendThatIsTooLong ) {
+    EXPECT_EQ(
+        answerTo( RawPeer::message( {}, 0, Operation::synchronised, []( Out& out ) { out.nextU8Is( 0 ); } ) ),
+        "record is too long"
+    );
+}
+
 TEST_F( HostileServer, ATreeOnWhichNothingWasAnnounced ) {
     EXPECT_EQ( answerTo( host( { 1, 1 } ) ), "entity was never announced" );
 }
