@@ -76,7 +76,8 @@ class Runner {
     Runner( RunOptions const& options, Scenario const& scenario, Messages& messages )
         : console_( std::cerr, options.traces ),
           signals_( { SIGINT, SIGTERM, SIGUSR1 }, [this]( int signal ) { handleSignal( signal ); } ),
-          simulation_( options.simulate ? std::make_unique<Simulation>( scenario, wheel_ ) : nullptr ),
+          simulation_( options.simulate ? std::make_unique<Simulation>( scenario ) : nullptr ),
+          wheel_( simulation_ ? simulation_->wheel() : Kiv::Ptr( new Lumo::TimerWheel ) ),
           context_{ options, scenario, wheel_, emulation_, traffic_, ledger_, messages } {
         if ( simulation_ ) {
             context_.queriers = simulation_->queriers();
@@ -101,8 +102,8 @@ class Runner {
 
     TraceConsole console_;
     SignalWatch signals_;
-    Kiv::Ptr<Lumo::TimerWheel> const wheel_{ new Lumo::TimerWheel };
     std::unique_ptr<Simulation> const simulation_;
+    Kiv::Ptr<Lumo::TimerWheel> const wheel_;
     Traffic traffic_;
     Emulation emulation_{ wheel_ };
     StatusLedger ledger_{ emulation_ };
@@ -216,6 +217,27 @@ checkDevices( Scenario const& scenario ) {
     return missing.empty();
 }
 
+/// Whether a simulation can be what the scenario needs; where it cannot, that has been told.
+bool
+checkSimulation( Scenario const& scenario ) {
+    if ( !scenario.duration && !Expectations::decideTheEnd( scenario ) ) {
+        std::cerr << "igmphost: error: --simulate: expected a duration, found none" << std::endl;
+        return false;
+    }
+    Diagnostics errors;
+    for ( Expectation const& expectation : scenario.expectations ) {
+        for ( MembershipCondition const& condition : expectation.memberships ) {
+            if ( condition.bridge ) {
+                errors.add(
+                    condition.at, "bridge: there is none in a simulation; querier tells of its other side"
+                );
+            }
+        }
+    }
+    errors.print( std::cerr, scenario.files, "error" );
+    return errors.empty();
+}
+
 } // namespace
 
 ExitStatus
@@ -232,9 +254,7 @@ run( RunOptions const& options ) {
     }
     applyOptions( options, scenario );
     scenarioWarnings( scenario ).print( std::cerr, scenario.files, "warning" );
-    bool const hasEnd = scenario.duration || Expectations::decideTheEnd( scenario );
-    if ( options.simulate && !hasEnd ) {
-        std::cerr << "igmphost: error: --simulate: expected a duration, found none" << std::endl;
+    if ( options.simulate && !checkSimulation( scenario ) ) {
         return exitWrongUsage;
     }
     if ( std::string const missing = missingPrivilege( scenario ); !options.simulate && !missing.empty() ) {

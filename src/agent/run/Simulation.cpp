@@ -30,8 +30,7 @@ configFor( Scenario const& scenario ) {
 
 } // namespace
 
-Simulation::Simulation( Scenario const& scenario, Kiv::Ptr<Lumo::TimerWheel> const& wheel )
-    : config_( configFor( scenario ) ), wheel_( wheel ) {
+Simulation::Simulation( Scenario const& scenario ) : config_( configFor( scenario ) ) {
     for ( HostSpec const& spec : scenario.hosts ) {
         Link& link = linkOf( spec );
         bool const tagged = spec.settings.value<bool>( IgmpHost::attrTagged );

@@ -16,8 +16,9 @@ namespace Agent {
 /// end, one for each VLAN. Two runs of one scenario with one seed are alike to the byte.
 class Simulation {
   public:
-    Simulation( Scenario const& scenario, Kiv::Ptr<Lumo::TimerWheel> const& wheel );
+    explicit Simulation( Scenario const& scenario );
 
+    Kiv::Ptr<Lumo::TimerWheel> const& wheel() const { return wheel_; }
     std::vector<Lab::Querier const*> queriers() const;
 
   private:
@@ -32,9 +33,11 @@ class Simulation {
     Kiv::Ptr<Zornet::EthDevPam> farEnd( Link const& link, char const* what );
 
     Lab::QuerierConfig config_;
-    Kiv::Ptr<Lumo::TimerWheel> const wheel_;
     Kiv::SimulatedClock clock_;
     Kiv::ClockScope const clockScope_{ clock_ };
+    /// A wheel begins at the present time, and so after the clock: to one that began later, everything is
+    /// due.
+    Kiv::Ptr<Lumo::TimerWheel> const wheel_{ new Lumo::TimerWheel };
     Lab::Wire wire_{ wheel_ };
     Zornet::DeviceProviderScope const providerScope_{ wire_ };
     std::map<std::string, Link> links_; ///< by device and namespace

@@ -79,12 +79,65 @@ TEST_F( Simulate, TwoRunsAreAlike ) {
     EXPECT_EQ( written[0], written[1] );
 }
 
+/// What a host counts does not depend on who else is in its process, as long as no leave makes the querier
+/// ask for a group that another host is in too. What is drawn does: so changes keep away from queries, at 75,
+/// 135 and so on, whose answers could make up for their reports.
+TEST_F( Simulate, ShardsTogetherDoWhatOneProcessDoes ) {
+    std::string const path =
+        scenario( "  - { name: old, count: 5, igmpVersion: 2, deviceName: eth1, ipAddr: 10.0.2.1,\n"
+                  "      macAddr: 02:00:00:00:02:01 }\n"
+                  "querier: { device: none, interval: 60 }\n"
+                  "events:\n"
+                  "  - { at: 90, rate: 2/s, join: 239.4.4.4 }\n"
+                  "  - { at: 110, hosts: 'rx*', set: { robustness: 4 } }\n"
+                  "  - { at: 112, add: { name: late, count: 3, ipAddr: 10.0.3.1, deviceName: eth1 } }\n"
+                  "  - { at: 115, hosts: [ late, 'rx*' ], rate: 2/s, join: 239.6.6.6 }\n"
+                  "  - { at: 150, every: 120, jitter: 9, hosts: 'old*', join: 239.5.0.0/29 }\n" );
+    auto const hostsOf = [&path]( std::vector<std::string> const& shard ) {
+        std::vector<std::string> arguments{ "run", "--simulate", path, "--duration", "600", "--status", "-" };
+        arguments.insert( arguments.end(), shard.begin(), shard.end() );
+        AgentProcess agent( arguments );
+        EXPECT_EQ( agent.exitStatus(), 0 ) << agent.written( AgentProcess::errors );
+        return nlohmann::json::parse( agent.written( AgentProcess::output ) )["hosts"];
+    };
+    nlohmann::json const whole = hostsOf( {} );
+    EXPECT_EQ( whole.size(), 13U );
+    nlohmann::json together = hostsOf( { "--shard", "1/2" } );
+    nlohmann::json const other = hostsOf( { "--shard", "2/2" } );
+    EXPECT_EQ( together.size() + other.size(), whole.size() );
+    together.insert( other.begin(), other.end() );
+    EXPECT_EQ( nlohmann::json::diff( whole, together ).dump(), "[]" );
+}
+
+/// The time that each takes stays the same; where it grew with their number, this would take hours.
+TEST_F( Simulate, ManyHostsAreNoTrouble ) {
+    AgentProcess agent( { "run", "--simulate", "--duration", "100", "--quiet", "--status", "-",
+                          folder_.fileWith(
+                              "many.yaml",
+                              "hosts: [ { name: rx, count: 10000, ipAddr: 10.0.0.1, deviceName: eth0,\n"
+                              "           igmpVersion: 3, groups: 239.1.1.1 } ]\n"
+                          ) } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_EQ( nlohmann::json::parse( agent.written( AgentProcess::output ) )["hosts"].size(), 10000U );
+}
+
 TEST_F( Simulate, NeedsAnEnd ) {
     AgentProcess agent( { "run", "--simulate", scenario( "" ) } );
     EXPECT_EQ( agent.exitStatus(), 2 );
     EXPECT_EQ(
         agent.written( AgentProcess::errors ),
         "igmphost: error: --simulate: expected a duration, found none\n"
+    );
+}
+
+TEST_F( Simulate, HasNoBridgeToAsk ) {
+    AgentProcess agent( { "run", "--simulate",
+                          scenario( "expect: [ { at: 1, bridge: { device: br0, joined: 239.1.1.1 } } ]\n" ) }
+    );
+    EXPECT_EQ( agent.exitStatus(), 2 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        HasSubstr( ": error: bridge: there is none in a simulation; querier tells of its other side\n" )
     );
 }
 
