@@ -1,5 +1,6 @@
 #include <csignal>
 #include <fstream>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <regex>
 
@@ -96,21 +97,15 @@ TEST_F( Metrics, TellEveryAttributeOfEveryHostWhereAsked ) {
 
 TEST_F( Metrics, EveryMetricOfTheDashboardIsServed ) {
     std::ifstream in( Support::sourceFolder() + "/examples/grafana-dashboard.json" );
-    Json const dashboard = Json::parse( in );
+    std::string const dashboard( std::istreambuf_iterator<char>( in ), {} );
     AgentProcess agent( run( {} ) );
     ASSERT_TRUE( hasBegun( agent ) );
     Json const metrics = served( agent );
+    std::regex const name( "igmphost_[a-z0-9_]+" );
     std::size_t queries = 0;
-    for ( Json const& panel : dashboard["panels"] ) {
-        for ( Json const& target : panel["targets"] ) {
-            std::string const expression = target["expr"];
-            std::regex const name( "igmphost_[a-z0-9_]+" );
-            for ( std::sregex_iterator at( expression.begin(), expression.end(), name ), end; at != end;
-                  ++at ) {
-                EXPECT_TRUE( metrics.contains( at->str() ) ) << at->str();
-                ++queries;
-            }
-        }
+    for ( std::sregex_iterator at( dashboard.begin(), dashboard.end(), name ), end; at != end; ++at ) {
+        EXPECT_TRUE( metrics.contains( at->str() ) ) << at->str();
+        ++queries;
     }
     EXPECT_GT( queries, 8U );
 }
