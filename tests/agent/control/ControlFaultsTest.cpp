@@ -229,7 +229,7 @@ class SleepingReader {
     Kiv::Ptr<Kiv::Connection> const connection_;
 };
 
-/// The changes, kept as copies, would take more than three times the growth that is allowed.
+/// The changes, kept as copies, would take more than twice the growth that is allowed.
 TEST_F( ControlFaults, PeerThatDoesNotReadCostsBoundedMemoryAndConvergesWhenItReads ) {
     output( { "add", "many", "--count", "300", "ipAddr=10.1.0.1", "macAddr=02:00:00:00:01:01",
               "deviceName=none0", "--group", "239.1.0.0-239.1.0.39" } );
