@@ -1,7 +1,6 @@
 #include "agent/hosts/Generations.h"
 
 #include <algorithm>
-#include <array>
 
 #include "platform/kiv/Type.h"
 
@@ -28,16 +27,6 @@ constexpr Dependence dependences[] = {
     { IgmpHost::attrTagged, IgmpHost::attrIntfConfigVersion },
     { IgmpHost::attrUseMux, IgmpHost::attrIntfConfigVersion },
 };
-
-/// In the order in which they are written, behind everything else.
-constexpr std::array<Kiv::AttributeId, 3> lastAttributes = { IgmpHost::attrConfigVersion,
-                                                             IgmpHost::attrIntfConfigVersion,
-                                                             IgmpHost::attrEnabled };
-
-bool
-isLast( Kiv::AttributeId id ) {
-    return std::find( lastAttributes.begin(), lastAttributes.end(), id ) != lastAttributes.end();
-}
 
 bool
 needs( Settings const& settings, Kiv::Attribute const& counter ) {
@@ -68,14 +57,16 @@ nextGeneration( Kiv::U32 present, Kiv::U32 step ) {
 std::vector<Kiv::Attribute const*>
 setHost( IgmpHost& host, Settings const& settings, Kiv::U32 step ) {
     for ( Setting const& setting : settings.settings() ) {
-        if ( !isLast( setting.attribute->id ) ) {
+        if ( !setting.attribute->announces ) {
             setting.attribute->write( host, setting.value );
         }
     }
     std::vector<Kiv::Attribute const*> raised;
-    for ( Kiv::AttributeId const id : lastAttributes ) {
-        Kiv::Attribute const& row = *IgmpHost::_fwkType()->row( id );
-        if ( Setting const* const setting = settings.find( id ) ) {
+    for ( Kiv::Attribute const& row : IgmpHost::attributes() ) {
+        if ( !row.announces ) {
+            continue;
+        }
+        if ( Setting const* const setting = settings.find( row.id ) ) {
             row.write( host, setting->value );
         } else if ( needs( settings, row ) ) {
             row.write( host, nextGeneration( std::any_cast<Kiv::U32>( row.read( host ) ), step ) );

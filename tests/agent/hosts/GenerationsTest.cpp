@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include "agent/scenario/reading/SettingReader.h"
 #include "platform/kiv/GenericIf.h"
 
 namespace Agent {
@@ -55,6 +56,24 @@ TEST_F( Generations, WhatBindsNeedsIntfConfigVersion ) {
 TEST_F( Generations, TheRestActsAtOnce ) {
     EXPECT_THAT( changesOn( { { IgmpHost::attrBlocked, "true" } } ), ElementsAre( "blocked" ) );
     EXPECT_EQ( raised_, 0U );
+}
+
+/// An attribute that is added to the host has to be put on one side or the other.
+TEST_F( Generations, AttributesThatActAtOnceAreKnown ) {
+    std::vector<std::string> names;
+    for ( Kiv::Attribute const* const row : settableHostAttributes() ) {
+        if ( !generationOf( row->id ) ) {
+            names.emplace_back( row->name );
+        }
+    }
+    EXPECT_THAT(
+        names,
+        ElementsAre(
+            "configVersion", "intfConfigVersion", "blocked", "direction", "enabled", "igmpVersion",
+            "igmpVersionForced", "processV3GroupChange", "robustness", "v1RouterPresentTimeout",
+            "v2RouterPresentTimeout", "v1MaxResponseTime", "unsolicitedReportInterval", "enablePeriodicReport"
+        )
+    );
 }
 
 TEST_F( Generations, CounterIsRaisedOnceAndAfterAllThatNeedsIt ) {

@@ -7,6 +7,7 @@
 #include "agent/hosts/Generations.h"
 #include "agent/hosts/HostRegrets.h"
 #include "agent/scenario/Suggestion.h"
+#include "agent/scenario/reading/SettingReader.h"
 
 namespace Agent {
 
@@ -14,23 +15,15 @@ using Igmp::IgmpHost;
 
 namespace {
 
-/// No other process can hand an access object in.
-bool
-isSettable( Kiv::Attribute const& row ) {
-    return row.isWritable() && row.id != IgmpHost::attrExternalPam;
-}
-
+/// What a scenario can set of a host can be set of a running one.
 Kiv::Attribute const&
 settableRow( std::string const& name ) {
-    Kiv::Attribute const* const row = Kiv::findAttribute( IgmpHost::attributes(), name );
-    if ( row && isSettable( *row ) ) {
-        return *row;
-    }
     std::vector<std::string_view> known;
-    for ( Kiv::Attribute const& candidate : IgmpHost::attributes() ) {
-        if ( isSettable( candidate ) ) {
-            known.emplace_back( candidate.name );
+    for ( Kiv::Attribute const* const candidate : settableHostAttributes() ) {
+        if ( name == candidate->name ) {
+            return *candidate;
         }
+        known.emplace_back( candidate->name );
     }
     throw std::invalid_argument(
         "a host has no attribute '" + name + "' that can be set" + suggestion( name, known )

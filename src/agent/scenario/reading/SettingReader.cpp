@@ -26,6 +26,7 @@ settable( std::span<Kiv::Attribute const> table, std::initializer_list<Kiv::Attr
 
 } // namespace
 
+/// An access object cannot be handed in from outside the process.
 std::span<Kiv::Attribute const* const>
 settableHostAttributes() {
     static Attributes const attributes = settable( IgmpHost::attributes(), { IgmpHost::attrExternalPam } );
