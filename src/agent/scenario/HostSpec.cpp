@@ -47,6 +47,24 @@ HostSpec::vlanId( U32 index ) const {
     return static_cast<U16>( settings.value<U16>( IgmpHost::attrVlanId ) + index * vlanStep );
 }
 
+Settings
+HostSpec::settingsOf( U32 index ) const {
+    Settings own( IgmpHost::attributes() );
+    for ( Setting setting : settings.settings() ) {
+        switch ( setting.attribute->id ) {
+        case IgmpHost::attrIpAddr: setting.value = ipAddr( index ); break;
+        case IgmpHost::attrMacAddr: setting.value = macAddr( index ); break;
+        case IgmpHost::attrVlanId: setting.value = vlanId( index ); break;
+        default: break;
+        }
+        own.settingIs( setting );
+    }
+    if ( vlanStep != 0 && !settings.find( IgmpHost::attrVlanId ) ) {
+        own.settingIs( IgmpHost::attrVlanId, std::to_string( vlanId( index ) ), at );
+    }
+    return own;
+}
+
 U64
 HostSpec::groupCount() const {
     U64 all = 0;

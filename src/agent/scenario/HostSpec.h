@@ -31,6 +31,8 @@ struct HostSpec {
     Zornet::IpAddr ipAddr( U32 index ) const;
     Zornet::EthAddr macAddr( U32 index ) const;
     U16 vlanId( U32 index ) const;
+    /// What is set of one of the hosts, with what steps at its place.
+    Settings settingsOf( U32 index ) const;
 
     std::string name;
     U32 count = 1;

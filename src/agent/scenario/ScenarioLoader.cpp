@@ -1,6 +1,5 @@
 #include "agent/scenario/ScenarioLoader.h"
 
-#include <algorithm>
 #include <set>
 
 #include "agent/hosts/Generations.h"
@@ -11,16 +10,6 @@ namespace {
 
 using Igmp::IgmpHost;
 using Igmp::IgmpV3GroupRecord;
-
-/// Where a setting acts at once, it waits until everything else is in place.
-constexpr Kiv::AttributeId startAttributes[] = { IgmpHost::attrConfigVersion, IgmpHost::attrIntfConfigVersion,
-                                                 IgmpHost::attrEnabled };
-
-bool
-isStart( Kiv::AttributeId id ) {
-    return std::find( std::begin( startAttributes ), std::end( startAttributes ), id ) !=
-           std::end( startAttributes );
-}
 
 void
 sourcesAre( AddressList const& wanted, IgmpV3GroupRecord& record ) {
@@ -37,8 +26,9 @@ sourcesAre( AddressList const& wanted, IgmpV3GroupRecord& record ) {
 }
 
 U32
-generation( HostSpec const& spec, Kiv::AttributeId counter, U32 present ) {
-    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter ) : nextGeneration( present );
+generation( HostSpec const& spec, Kiv::AttributeId counter, U32 present, U32 step ) {
+    return spec.settings.find( counter ) ? spec.settings.value<U32>( counter )
+                                         : nextGeneration( present, step );
 }
 
 /// A version 2 host takes up the interval only where it is changed while it is enabled. On the way there it
@@ -79,23 +69,23 @@ groupRecordIs( GroupSpec const& spec, Zornet::IpAddr const& group, IgmpHost& hos
 
 void
 loadHost( HostSpec const& spec, U32 index, IgmpHost& host ) {
-    for ( Setting const& setting : spec.settings.settings() ) {
-        if ( !isStart( setting.attribute->id ) ) {
+    Settings const settings = spec.settingsOf( index );
+    for ( Setting const& setting : settings.settings() ) {
+        if ( !setting.attribute->announces ) {
             setting.attribute->write( host, setting.value );
         }
     }
-    host.ipAddrIs( spec.ipAddr( index ) );
-    host.macAddrIs( spec.macAddr( index ) );
-    host.vlanIdIs( spec.vlanId( index ) );
     for ( GroupSpec const& group : spec.groups ) {
         group.groups.forEach( [&]( Zornet::IpAddr const& addr ) { groupRecordIs( group, addr, host ); } );
     }
 }
 
 void
-startHost( HostSpec const& spec, IgmpHost& host ) {
-    host.configVersionIs( generation( spec, IgmpHost::attrConfigVersion, host.configVersion() ) );
-    host.intfConfigVersionIs( generation( spec, IgmpHost::attrIntfConfigVersion, host.intfConfigVersion() ) );
+startHost( HostSpec const& spec, IgmpHost& host, U32 step ) {
+    host.configVersionIs( generation( spec, IgmpHost::attrConfigVersion, host.configVersion(), step ) );
+    host.intfConfigVersionIs(
+        generation( spec, IgmpHost::attrIntfConfigVersion, host.intfConfigVersion(), step )
+    );
     bool const disabled =
         spec.settings.find( IgmpHost::attrEnabled ) && !spec.settings.value<bool>( IgmpHost::attrEnabled );
     host.enabledIs( !disabled );
@@ -103,7 +93,7 @@ startHost( HostSpec const& spec, IgmpHost& host ) {
     for ( GroupSpec const& group : spec.groups ) {
         group.groups.forEach( [&]( Zornet::IpAddr const& addr ) {
             if ( auto const record = host.v3group( addr ) ) { // a template may have deleted it
-                record->versionIs( nextGeneration( record->version() ) );
+                record->versionIs( nextGeneration( record->version(), step ) );
             }
         } );
     }

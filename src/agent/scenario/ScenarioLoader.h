@@ -19,9 +19,10 @@ void loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& go
 /// stays so. A host that has gone meanwhile is left out.
 void startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn = {} );
 
-// The same for one host. What the scenario does not name of a host that is there already stays.
+// The same for one host. What the scenario does not name of a host that is there already stays. `step` is
+// that of nextGeneration().
 void loadHost( HostSpec const& spec, U32 index, Igmp::IgmpHost& host );
-void startHost( HostSpec const& spec, Igmp::IgmpHost& host );
+void startHost( HostSpec const& spec, Igmp::IgmpHost& host, U32 step = 1 );
 
 /// The host's record of a group, made where it is absent, with what `spec` sets and exactly its sources. Its
 /// version is left alone.

@@ -10,21 +10,6 @@ namespace {
 using Igmp::IgmpHost;
 using Igmp::IgmpV3GroupRecord;
 
-/// The settings as they are for one of the hosts: addresses step from host to host.
-Settings
-settingsOf( HostSpec const& values, U32 index ) {
-    Settings settings( IgmpHost::attributes() );
-    for ( Setting setting : values.settings.settings() ) {
-        switch ( setting.attribute->id ) {
-        case IgmpHost::attrIpAddr: setting.value = values.ipAddr( index ); break;
-        case IgmpHost::attrMacAddr: setting.value = values.macAddr( index ); break;
-        default: break;
-        }
-        settings.settingIs( setting );
-    }
-    return settings;
-}
-
 void
 join( EventGroup const& group, IgmpHost& host ) {
     Kiv::Ptr<IgmpV3GroupRecord> const record = groupRecordIs( *group.spec, group.group, host );
@@ -50,7 +35,7 @@ bool
 HostActions::act( Event const& event, EventCursor::Unit const& unit, IgmpHost& host ) {
     switch ( event.action ) {
     case EventAction::set:
-        setHost( host, settingsOf( event.values, static_cast<U32>( unit.hostIndex ) ) );
+        setHost( host, event.values.settingsOf( static_cast<U32>( unit.hostIndex ) ) );
         break;
     case EventAction::join: join( groupOf( event, unit.group ), host ); break;
     case EventAction::leave:

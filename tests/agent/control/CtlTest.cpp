@@ -14,10 +14,7 @@ using ::testing::StartsWith;
 class Ctl : public ControlledAgent {};
 
 TEST_F( Ctl, AddedHostsStepAsThoseOfAScenario ) {
-    EXPECT_EQ(
-        addHosts(),
-        "3 hosts, rx-1 to rx-3: added; raised configVersion, intfConfigVersion, version of each record\n"
-    );
+    EXPECT_EQ( addHosts(), "3 hosts, rx-1 to rx-3: added; raised configVersion, intfConfigVersion\n" );
     Json const hosts = json( { "hosts" } );
     ASSERT_EQ( hosts.size(), 3U );
     EXPECT_EQ( hosts[2]["name"], "rx-3" );
@@ -33,8 +30,24 @@ TEST_F( Ctl, AddedHostsJoinTheirGroups ) {
     ASSERT_EQ( host["v3group"].size(), 4U );
     EXPECT_EQ( host["v3group"][3]["multicastAddr"], "239.1.0.3" );
     EXPECT_EQ( host["v3group"][3]["source"], Json( { "10.9.9.1", "10.9.9.2" } ) );
-    EXPECT_EQ( host["v3group"][3]["version"], 1 );
+    EXPECT_NE( host["v3group"][3]["version"], 0 );
     EXPECT_GE( host["status"]["v3StateChangeReportSent"], 1 );
+}
+
+/// So that of two controllers that add the same hosts at once each is heard.
+TEST_F( Ctl, AdditionMovesCountersByAStepOfItsOwn ) {
+    addHosts( { "--group", "239.1.1.1", "intfConfigVersion=9" } );
+    Json const host = json( { "show", "rx-1" } )["rx-1"];
+    EXPECT_GT( host["configVersion"], 1 );
+    EXPECT_EQ( host["v3group"][0]["version"], host["configVersion"] );
+    EXPECT_EQ( host["intfConfigVersion"], 9 );
+}
+
+TEST_F( Ctl, AdditionTellsOfTheCountersThatItRaises ) {
+    EXPECT_EQ(
+        addHosts( { "--group", "239.1.1.1", "intfConfigVersion=9" } ),
+        "3 hosts, rx-1 to rx-3: added; raised configVersion, version of each record\n"
+    );
 }
 
 TEST_F( Ctl, HostThatIsThereIsNotAddedAgain ) {
@@ -53,6 +66,50 @@ TEST_F( Ctl, HostThatIsThereIsUpdatedWhereThatIsAskedFor ) {
               "--update" } );
     EXPECT_EQ( output( { "get", "rx-2", "mtu" } ), "1400\n" );
     EXPECT_NE( output( { "get", "rx-2", "configVersion" } ), before );
+}
+
+TEST_F( Ctl, UpdateLeavesWhatItDoesNotName ) {
+    addHosts( { "vlanId=7", "tagged=true" } );
+    EXPECT_EQ(
+        output( { "add", "rx", "--count", "3", "--update", "robustness=3", "--group", "239.1.1.1" } ),
+        "3 hosts, rx-1 to rx-3: added; raised configVersion, intfConfigVersion, version of each record\n"
+    );
+    Json const host = json( { "show", "rx-2" } )["rx-2"];
+    EXPECT_EQ( host["robustness"], 3 );
+    EXPECT_EQ( host["v3group"].size(), 1U );
+    EXPECT_EQ( host["ipAddr"], "10.0.0.2" );
+    EXPECT_EQ( host["macAddr"], "02:00:00:00:00:02" );
+    EXPECT_EQ( host["vlanId"], 7 );
+    EXPECT_EQ( host["igmpVersion"], "igmpVersion3" );
+}
+
+TEST_F( Ctl, AddThatEndsTheProcessIsRefusedUnlessForced ) {
+    std::vector<std::string> words = {
+        "add", "rx", "ipAddr=10.0.0.1", "macAddr=02:00:00:00:00:01", "deviceName=none0", "robustness=0"
+    };
+    std::string const regret = "rx: robustness: 0 ends the process when sources change in version 3";
+    expectComplaint( words, 2, "refused: " + regret + "; --force does it all the same" );
+    EXPECT_EQ( json( { "hosts" } ).size(), 0U );
+    words.emplace_back( "--force" );
+    Told const told = ctl( words );
+    EXPECT_EQ( told.status, 0 );
+    EXPECT_EQ( told.errors, "igmphost: warning: " + regret + "\n" );
+    EXPECT_EQ( json( { "hosts" } ).size(), 1U );
+}
+
+TEST_F( Ctl, UpdateIsJudgedBesideWhatStands ) {
+    addHosts();
+    output( { "set", "rx-2", "igmpVersion=2", "igmpVersionForced=true" } );
+    std::vector<std::string> words = { "add", "rx-2", "--update", "igmpVersion=3" };
+    expectComplaint(
+        words, 2,
+        "refused: rx-2: igmpVersionForced: with the host held at version 3, a version 2 query for one of its "
+        "groups ends the process; --force does it all the same"
+    );
+    EXPECT_EQ( output( { "get", "rx-2", "igmpVersion" } ), "igmpVersion2\n" );
+    words.emplace_back( "--force" );
+    EXPECT_EQ( ctl( words ).status, 0 );
+    EXPECT_EQ( output( { "get", "rx-2", "igmpVersion" } ), "igmpVersion3\n" );
 }
 
 TEST_F( Ctl, AddIsCheckedAsAScenarioIs ) {
@@ -93,7 +150,7 @@ TEST_F( Ctl, ShowTellsEverything ) {
     addHosts( { "--group", "239.1.1.1", "--exclude", "10.9.9.1" } );
     std::string const shown = output( { "show", "rx-1" } );
     EXPECT_THAT( shown, StartsWith( "rx-1\n  configVersion" ) );
-    EXPECT_THAT( shown, HasSubstr( "\n  group 239.1.1.1 MODE_IS_EXCLUDE 10.9.9.1; version 1\n" ) );
+    EXPECT_THAT( shown, HasSubstr( "\n  group 239.1.1.1 MODE_IS_EXCLUDE 10.9.9.1; version " ) );
     EXPECT_THAT( shown, HasSubstr( "\n  status.v3StateChangeReportSent" ) );
 }
 
@@ -150,6 +207,36 @@ TEST_F( Ctl, SetTakesEffectInTheBinding ) {
         "rx-1: set deviceName=none1; raised intfConfigVersion\n"
     );
     EXPECT_TRUE( agent_->waitFor( AgentProcess::errors, "device none1: no such device; waiting for it\n" ) );
+}
+
+/// One object of the same shape for each verb that changes hosts.
+TEST_F( Ctl, ChangesAreToldAsJson ) {
+    auto const told = []( char const* verb, Json const& hosts, Json const& objects, Json const& raised ) {
+        return Json( { { "done", verb }, { "hosts", hosts }, { "objects", objects }, { "raised", raised } } );
+    };
+    Json const none = Json::array();
+    EXPECT_EQ(
+        json( { "add", "rx", "ipAddr=10.0.0.1", "macAddr=02:00:00:00:00:01", "deviceName=none0" } ),
+        told( "added", { "rx" }, none, { "configVersion", "intfConfigVersion" } )
+    );
+    EXPECT_EQ(
+        json( { "set", "rx", "mtu=1400", "vlanId=0" } ),
+        told( "set", { "rx" }, { "mtu=1400", "vlanId=0" }, { "configVersion", "intfConfigVersion" } )
+    );
+    EXPECT_EQ(
+        json( { "join", "rx", "239.1.1.1", "239.1.2.0/30" } ),
+        told( "joined", { "rx" }, { "239.1.1.1", "239.1.2.0/30" }, { "version of each record" } )
+    );
+    EXPECT_EQ( json( { "leave", "rx", "239.1.2.*" } ), told( "left", { "rx" }, { "239.1.2.*" }, none ) );
+    EXPECT_EQ( json( { "delete", "rx" } ), told( "deleted", { "rx" }, none, none ) );
+}
+
+TEST_F( Ctl, CounterThatIsSetIsNotToldAsRaised ) {
+    addHosts();
+    EXPECT_EQ(
+        output( { "set", "rx-1", "mtu=1400", "configVersion=77" } ), "rx-1: set mtu=1400, configVersion=77\n"
+    );
+    EXPECT_EQ( output( { "get", "rx-1", "configVersion" } ), "77\n" );
 }
 
 TEST_F( Ctl, SetThatActsAtOnceRaisesNothing ) {
@@ -234,6 +321,32 @@ TEST_F( Ctl, JoinOfAJoinedGroupChangesItsSources ) {
         ctl( { "join", "rx-1", "239.1.1.1", "--exclude", "10.9.9.1", "--include", "10.9.9.1" } ).status, 2
     );
     EXPECT_EQ( ctl( { "join", "rx-1", "239.1.1" } ).status, 2 );
+}
+
+TEST_F( Ctl, JoinWithoutSourcesIsOneForEverySource ) {
+    addHosts();
+    output( { "join", "rx-*", "239.1.1.1-239.1.1.2" } );
+    Json const groups = json( { "show", "rx-3" } )["rx-3"]["v3group"];
+    ASSERT_EQ( groups.size(), 2U );
+    EXPECT_EQ( groups[1]["filterMode"], "MODE_IS_EXCLUDE" );
+    EXPECT_EQ( groups[1]["source"], Json::array() );
+}
+
+TEST_F( Ctl, JoinThatEndsTheProcessIsRefusedUnlessForced ) {
+    addHosts();
+    output( { "set", "rx-1", "processV3GroupChange=false" } );
+    expectComplaint(
+        { "join", "rx-1", "239.1.1.1" }, 2,
+        "refused: rx-1: processV3GroupChange: false joins and leaves no group, and removing one meanwhile "
+        "can "
+        "end the process; --force does it all the same"
+    );
+    EXPECT_EQ( output( { "get", "rx-1", "v3group" } ), "\n" );
+    EXPECT_EQ( ctl( { "join", "rx-1", "239.1.1.1", "--force" } ).status, 0 );
+    EXPECT_EQ( output( { "get", "rx-1", "v3group" } ), "239.1.1.1\n" );
+    EXPECT_EQ( ctl( { "leave", "rx-1", "239.1.1.1" } ).status, 2 );
+    EXPECT_EQ( ctl( { "leave", "rx-1", "239.1.1.1", "--force" } ).status, 0 );
+    EXPECT_EQ( output( { "get", "rx-1", "v3group" } ), "\n" );
 }
 
 TEST_F( Ctl, LeftGroupsAreGone ) {

@@ -81,6 +81,23 @@ TEST_F( ScenarioLoader, HostsGetTheirSettingsAndTheirSteps ) {
     EXPECT_EQ( host( "rx-2" ).robustness(), 3U );
 }
 
+TEST_F( ScenarioLoader, WhatIsNotNamedOfAHostThatIsThereStays ) {
+    load( "hosts: [ { name: a, ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', vlanId: 7, robustness: 3 } ]"
+    );
+    load( "hosts: [ { name: a, mtu: 1400 } ]" );
+    EXPECT_EQ( host( "a" ).mtu(), 1400U );
+    EXPECT_EQ( host( "a" ).ipAddr(), IpAddr( "10.0.0.1" ) );
+    EXPECT_EQ( host( "a" ).macAddr(), Zornet::EthAddr( "02:00:00:00:00:01" ) );
+    EXPECT_EQ( host( "a" ).vlanId(), 7U );
+    EXPECT_EQ( host( "a" ).robustness(), 3U );
+}
+
+TEST_F( ScenarioLoader, VlanStepsFromTheDefaultToo ) {
+    load( "hosts: [ { name: a, count: 3, vlanStep: 5, tagged: true } ]" );
+    EXPECT_EQ( host( "a-1" ).vlanId(), 0U );
+    EXPECT_EQ( host( "a-3" ).vlanId(), 10U );
+}
+
 TEST_F( ScenarioLoader, GroupsGetTheirRecords ) {
     load( twoHosts );
     EXPECT_EQ( host( "rx-1" ).v3groups(), 3U );

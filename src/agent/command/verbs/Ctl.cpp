@@ -128,7 +128,9 @@ CtlVerbs::addAdding() {
         ->type_name( "GROUP" )
         ->allow_extra_args( false );
     addSources( add );
-    add.add_flag( "--update", options_->isUpdate, "Take hosts that are there already, and set them anew" );
+    add.add_flag(
+        "--update", options_->isUpdate, "Take hosts that are there already too; what is not given stays"
+    );
     addForce( add );
     CLI::App& del = verb( "delete", "Delete hosts; they fall silent, without a leave", &ctlDelete );
     del.add_option( "HOST", options_->words, "These hosts" )->required();

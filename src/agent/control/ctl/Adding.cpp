@@ -3,6 +3,8 @@
 #include "agent/control/ctl/ChangeReport.h"
 #include "agent/control/ctl/Consent.h"
 #include "agent/control/ctl/Ctl.h"
+#include "agent/control/ctl/GenerationStep.h"
+#include "agent/hosts/HostRegrets.h"
 #include "agent/output/AttributeJson.h"
 #include "agent/scenario/ScenarioLoader.h"
 #include "agent/scenario/ScenarioReader.h"
@@ -65,26 +67,61 @@ checkAbsent( Scenario const& scenario, Igmp::IgmpHostDir const& dir ) {
     } );
 }
 
+/// What there is to say of new hosts is what a scenario of them would be warned of; a host that is there is
+/// judged with all that stays of it.
+void
+demandConsent( CtlOptions const& options, Scenario const& scenario, Igmp::IgmpHostDir const& dir ) {
+    Consent consent;
+    bool hasNew = false;
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        Kiv::Ptr<Igmp::IgmpHost> const present = dir.igmpHost( spec.hostName( index ) );
+        if ( !present ) {
+            hasNew = true;
+            return;
+        }
+        HostSpec after = hostSpecOf( *present, spec.settingsOf( index ) );
+        after.groups.insert( after.groups.end(), spec.groups.begin(), spec.groups.end() );
+        consent.add( spec.hostName( index ), newRegrets( hostSpecOf( *present ), after ) );
+    } );
+    if ( hasNew ) {
+        consent.add( options.host, scenarioWarnings( scenario ).entries() );
+    }
+    consent.demand( options.isForced );
+}
+
+/// The counters that move at the start: those of the host that are not set, and those of its groups.
+std::vector<std::string>
+raisedFor( HostSpec const& spec ) {
+    std::vector<std::string> names;
+    for ( Kiv::Attribute const& row : Igmp::IgmpHost::attributes() ) {
+        bool const isCounter = row.announces && row.type->form == Kiv::ValueForm::unsignedInteger;
+        if ( isCounter && !spec.settings.find( row.id ) ) {
+            names.emplace_back( row.name );
+        }
+    }
+    if ( !spec.groups.empty() ) {
+        names.emplace_back( "version of each record" );
+    }
+    return names;
+}
+
 } // namespace
 
 void
 ctlAdd( CtlOptions const& options ) {
     Scenario const scenario = scenarioOf( options );
-    Consent consent;
-    consent.add( options.host, scenarioWarnings( scenario ).entries() );
-    consent.demand( options.isForced );
     ControlClient client( options.path, options.patience );
     client.synchronise();
     if ( !options.isUpdate ) {
         checkAbsent( scenario, client.hostDir() );
     }
+    demandConsent( options, scenario, client.hostDir() );
     loadHosts( scenario, client.hostDir() );
-    startHosts( scenario, client.hostDir() );
-    ChangeReport report{
-        "added", {}, {}, { "configVersion", "intfConfigVersion", "version of each record" }
-    };
+    ChangeReport report{ "added", {}, {}, raisedFor( scenario.hosts.front() ) };
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        report.hosts.push_back( client.hostDir().igmpHost( spec.hostName( index ) ) );
+        auto const host = client.hostDir().igmpHost( spec.hostName( index ) );
+        startHost( spec, *host, generationStep() );
+        report.hosts.push_back( host );
     } );
     client.settle();
     print( report, options );
