@@ -269,6 +269,20 @@ TEST_F( ControlFaults, PeersThatAreTooManyAreToldSo ) {
     expectUndisturbed();
 }
 
+TEST_F( ControlFaults, SocketIsForItsUserAloneWhateverTheUmask ) {
+    std::string const path = folder_.file( "open" );
+    AgentProcess agent( { "run", "--control", path }, { "sh", "-c", "umask 0; exec \"$@\"", "sh" } );
+    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, "until Ctrl-C\n" ) );
+    for ( std::string const& socket : { path, path_ } ) {
+        EXPECT_EQ(
+            std::filesystem::status( socket ).permissions(),
+            std::filesystem::perms::owner_read | std::filesystem::perms::owner_write
+        );
+    }
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
 /// Prefix of a command of another user, who counts executed lines, if at all, where he may write.
 std::vector<std::string>
 asNobody( TemporaryFolder const& writable ) {
