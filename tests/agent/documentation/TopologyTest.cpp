@@ -72,7 +72,13 @@ TEST_F( Topology, ReceiversTakeUpTheirLinksWhenThoseAreThere ) {
     }
     Support::Namespace const node( "node" );
     AgentProcess agent( command(), { "ip", "netns", "exec", node.name() } );
-    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, "until Ctrl-C\n" ) );
+    for ( auto const& [name, device] : ends() ) {
+        if ( name == "receivers" ) {
+            ASSERT_TRUE( agent.waitFor(
+                AgentProcess::errors, "device " + device + ": no such device; waiting for it\n"
+            ) );
+        }
+    }
     for ( auto const& [name, device] : ends() ) {
         if ( name == "receivers" ) {
             vethIs( node, device, node, "far-" + device );
