@@ -27,7 +27,11 @@ Comparison::Comparison( Kiv::ValueType const& type, std::string_view text ) : ty
     if ( orders && !isNumber() ) {
         Kiv::throwExpected( "a value, or == or != and a value, for what is no number", text );
     }
-    value_ = type.parse( rest.substr( std::min( rest.find_first_not_of( ' ' ), rest.size() ) ) );
+    try {
+        value_ = type.parse( rest.substr( std::min( rest.find_first_not_of( ' ' ), rest.size() ) ) );
+    } catch ( Kiv::RangeException const& ) {
+        value_ = type.parse( text ); // fails as well, and tells all that was found
+    }
 }
 
 bool

@@ -27,8 +27,8 @@ class ExpectationReader {
   public:
     explicit ExpectationReader( ScenarioFile& file ) : file_( file ) {}
 
-    /// The expectation; none, told, where the entry has an error.
-    std::optional<Expectation> read( YamlField const& entry );
+    /// The expectation. One with an error is of no use but to find the hosts that it names.
+    Expectation read( YamlField const& entry );
 
   private:
     void readKey( YamlField const& field );
@@ -45,7 +45,7 @@ class ExpectationReader {
     std::optional<YamlField> total_;
 };
 
-std::optional<Expectation>
+Expectation
 ExpectationReader::read( YamlField const& entry ) {
     static KeySet const keys = keySet( "an expectation", expectationKeys(), statusAttributes() );
     std::size_t const errorsBefore = file_.yaml.errors().size();
@@ -54,7 +54,7 @@ ExpectationReader::read( YamlField const& entry ) {
     if ( file_.yaml.errors().size() == errorsBefore ) {
         finish();
     }
-    return file_.yaml.errors().size() == errorsBefore ? std::optional( expectation_ ) : std::nullopt;
+    return std::move( expectation_ );
 }
 
 void
@@ -224,9 +224,7 @@ statusAttributes() {
 void
 readExpectations( ScenarioFile& file, YamlField const& expect ) {
     file.yaml.readList( expect, [&]( YamlField const& entry ) {
-        if ( std::optional<Expectation> expectation = ExpectationReader( file ).read( entry ) ) {
-            file.scenario.expectations.push_back( std::move( *expectation ) );
-        }
+        file.scenario.expectations.push_back( ExpectationReader( file ).read( entry ) );
     } );
 }
 
@@ -239,7 +237,7 @@ resolveExpectations( Scenario& scenario, Diagnostics& errors ) {
     for ( Expectation& expectation : scenario.expectations ) {
         expectation.selection = finder.find( expectation.hosts, errors );
         for ( MembershipCondition const& condition : expectation.memberships ) {
-            if ( !condition.bridge && !scenario.querier && errors.empty() ) {
+            if ( !condition.bridge && !scenario.querier ) {
                 errors.add( condition.at, "querier: expected a querier in the scenario, found none" );
             }
         }

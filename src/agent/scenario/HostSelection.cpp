@@ -195,7 +195,9 @@ HostFinder::unknown( std::string const& name ) const {
     }
     std::vector<std::string_view> names;
     for ( U32 entry = 0; entry < std::min( scenario_.hosts.size(), mostToSearch ); ++entry ) {
-        names.emplace_back( scenario_.hosts[entry].name );
+        if ( !scenario_.hosts[entry].name.empty() ) { // where it is missing, that has been told
+            names.emplace_back( scenario_.hosts[entry].name );
+        }
     }
     std::string const told = "hosts: expected the name of a host, found '" + name + "'";
     if ( names.size() <= mostToList ) {

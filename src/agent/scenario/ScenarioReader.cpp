@@ -152,7 +152,8 @@ Reading::readDuration( ScenarioFile& file, YamlField const& field ) {
 void
 Reading::readQuerier( ScenarioFile& file, YamlField const& field ) {
     if ( isFirst( file, field ) ) {
-        scenario_.querier = Agent::readQuerier( file, field );
+        // One with an error is there all the same for expectations that ask it.
+        scenario_.querier = Agent::readQuerier( file, field ).value_or( QuerierSpec() );
     }
 }
 

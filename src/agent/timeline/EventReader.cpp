@@ -46,8 +46,8 @@ class EventReader {
   public:
     explicit EventReader( ScenarioFile& file ) : file_( file ) {}
 
-    /// The event; none, told, where the entry has an error.
-    std::optional<Event> read( YamlField const& entry );
+    /// The event. One with an error is of no use but to find the hosts that it names.
+    Event read( YamlField const& entry );
 
   private:
     using Reader = void ( EventReader::* )( YamlField const& );
@@ -86,7 +86,7 @@ class EventReader {
     U64 repeats_ = 0;
 };
 
-std::optional<Event>
+Event
 EventReader::read( YamlField const& entry ) {
     static KeySet const keys = keySet( "an event", eventKeys() );
     std::size_t const errorsBefore = file_.yaml.errors().size();
@@ -95,7 +95,11 @@ EventReader::read( YamlField const& entry ) {
     if ( file_.yaml.errors().size() == errorsBefore ) {
         finish();
     }
-    return file_.yaml.errors().size() == errorsBefore ? std::optional( event_ ) : std::nullopt;
+    if ( file_.yaml.errors().size() != errorsBefore ) {
+        // Its time may be the error: hosts are not to be missed on its account.
+        event_.time = event_.action == EventAction::add ? 0.0 : Kiv::never;
+    }
+    return std::move( event_ );
 }
 
 EventReader::Action const*
@@ -347,9 +351,7 @@ flapKeys() {
 void
 readEvents( ScenarioFile& file, YamlField const& events ) {
     file.yaml.readList( events, [&]( YamlField const& entry ) {
-        if ( std::optional<Event> event = EventReader( file ).read( entry ) ) {
-            file.scenario.events.push_back( std::move( *event ) );
-        }
+        file.scenario.events.push_back( EventReader( file ).read( entry ) );
     } );
 }
 

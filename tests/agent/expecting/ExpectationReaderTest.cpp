@@ -27,14 +27,15 @@ TEST( ExpectationReader, EveryErrorIsTold ) {
     EXPECT_EQ(
         expectErrors( "{ at: soon, hosts: tx, v2ReportSent: 2, v2LeavesSent: '=> 2', igmpVersion: '> 2' }" ),
         ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:24: error: hosts: expected the name of a host, found 'tx'; did you mean 'rx'?\n"
         ":3:28: error: unknown key 'v2ReportSent' in an expectation; did you mean 'v2ReportsSent'?\n"
         ":3:59: error: v2LeavesSent: expected U32, a whole number from 0 to 4294967295, found '=> 2'\n"
         ":3:80: error: igmpVersion: expected a value, or == or != and a value, for what is no number, found "
         "'> 2'\n"
     );
     EXPECT_EQ(
-        expectErrors( "{ hosts: tx, v2LeavesSent: 2 }" ),
-        ":3:14: error: hosts: expected the name of a host, found 'tx'; did you mean 'rx'?\n"
+        expectErrors( "{ v2LeavesSent: '>> 2' }" ),
+        ":3:21: error: v2LeavesSent: expected U32, a whole number from 0 to 4294967295, found '>> 2'\n"
     );
 }
 
@@ -67,8 +68,9 @@ TEST( ExpectationReader, KeysMustGoTogether ) {
         expectErrors( "{ total: true, igmpVersion: 2 }" ), ":3:14: error: total: igmpVersion is no counter\n"
     );
     EXPECT_EQ(
-        expectErrors( "{ querier: { groupCount: 3 } }" ),
+        expectErrors( "{ querier: { groupCount: 3 }, within: soon }" ),
         ":3:16: error: querier: expected a querier in the scenario, found none\n"
+        ":3:43: error: within: expected a number, found 'soon'\n"
     );
 }
 

@@ -54,6 +54,27 @@ TEST( EventReader, EveryErrorIsTold ) {
     );
 }
 
+TEST( EventReader, ErrorOfAnEventHidesNoneOfItsHosts ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: soon, hosts: [ rx-1, tx ], joyn: 239.1.1.1 }" ),
+        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:32: error: hosts: expected the name of a host, found 'tx'; did you mean 'rx'?\n"
+        ":3:38: error: unknown key 'joyn' in an event; did you mean 'join'?\n"
+    );
+}
+
+TEST( EventReader, ErrorOfAnEventMakesNoErrorOfAnother ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: soon, add: { name: late } }\n  - { at: 5, hosts: late, disable: no }" ),
+        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":4:36: error: disable: expected true or nothing, for hosts says which, found 'no'\n"
+    );
+    EXPECT_EQ(
+        eventErrors( "{ at: 5, add: { name: late } }\n  - { at: -1, hosts: late, disable: true }" ),
+        ":4:11: error: at: expected a number of seconds, 0 or above, found '-1'\n"
+    );
+}
+
 TEST( EventReader, EventHasATimeAndOneAction ) {
     EXPECT_EQ(
         eventErrors( "{ hosts: rx-1, enable: true }" ), ":3:5: error: missing key 'at' in an event\n"
@@ -120,6 +141,15 @@ TEST( EventReader, HostsMustExist ) {
     EXPECT_EQ(
         eventErrors( "{ at: 1, hosts: [], enable: true }" ),
         ":3:21: error: hosts: expected the name of a host or a pattern, found an empty list\n"
+    );
+}
+
+TEST( EventReader, HostsWithoutANameAreNotProposed ) {
+    EXPECT_EQ(
+        errorsOf( "hosts: [ { name: rx }, { count: 2 } ]\nevents: [ { at: 1, hosts: television, enable: } ]"
+        ),
+        ":1:24: error: missing key 'name' in a host\n"
+        ":2:27: error: hosts: expected the name of a host, found 'television'; expected one of rx\n"
     );
 }
 
