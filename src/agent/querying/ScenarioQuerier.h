@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "agent/querying/DeviceQuerier.h"
 #include "agent/run/RunPart.h"
 
@@ -15,6 +17,14 @@ class ScenarioQuerier : public RunPart {
               context.scenario.querier->config, context.wheel
           ) {
         context.queriers.push_back( &querier_.querier() );
+        QuerierSpec const& spec = *context.scenario.querier;
+        auto const sitsThere = [&spec]( HostSpec const& host ) {
+            return host.settings.value<Kiv::String8>( Igmp::IgmpHost::attrDeviceName ) == spec.device &&
+                   host.settings.value<Zornet::NamespaceName>( Igmp::IgmpHost::attrNs ) == spec.ns;
+        };
+        if ( std::none_of( context.scenario.hosts.begin(), context.scenario.hosts.end(), sitsThere ) ) {
+            context.farEnds.insert( deviceLabel( spec.ns, spec.device ) );
+        }
     }
 
   private:

@@ -81,6 +81,7 @@ class Runner {
           context_{ options, scenario, wheel_, emulation_, traffic_, ledger_, messages } {
         if ( simulation_ ) {
             context_.queriers = simulation_->queriers();
+            context_.farEnds = simulation_->farEnds();
         }
     }
     ~Runner() {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <optional>
+#include <set>
 
 #include "agent/command/ExitStatus.h"
 #include "agent/output/Messages.h"
@@ -28,6 +29,7 @@ struct RunContext {
     std::function<std::optional<NextEvent>()> nextEvent{};
     Kiv::Seconds started = 0.0;                  ///< when the hosts were started, on the clock of Kiv::now()
     std::vector<Lab::Querier const*> queriers{}; ///< that run beside the hosts
+    std::set<std::string> farEnds{};             ///< their devices, by deviceLabel(), that no host sits on
 };
 
 /// Something that accompanies the hosts of a run, such as the file that their status goes to. It is made, in

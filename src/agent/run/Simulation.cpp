@@ -92,6 +92,7 @@ Kiv::Ptr<Zornet::EthDevPam>
 Simulation::farEnd( Link const& link, char const* what ) {
     Kiv::String8 const device( link.name + what );
     wire_.attach( Zornet::NamespaceName(), device, link.name );
+    farEnds_.insert( deviceLabel( Zornet::NamespaceName(), device ) );
     Kiv::Ptr<Zornet::EthDevPam> pam = Zornet::EthDevPamIs( device );
     pam->deviceOpenIs( true );
     return pam;

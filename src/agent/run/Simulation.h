@@ -20,6 +20,8 @@ class Simulation {
 
     Kiv::Ptr<Lumo::TimerWheel> const& wheel() const { return wheel_; }
     std::vector<Lab::Querier const*> queriers() const;
+    /// The devices of the queriers, by deviceLabel().
+    std::set<std::string> const& farEnds() const { return farEnds_; }
 
   private:
     struct Link {
@@ -41,6 +43,7 @@ class Simulation {
     Lab::Wire wire_{ wheel_ };
     Zornet::DeviceProviderScope const providerScope_{ wire_ };
     std::map<std::string, Link> links_; ///< by device and namespace
+    std::set<std::string> farEnds_;
 };
 
 } // namespace Agent

@@ -14,6 +14,7 @@
 
 #include "agent/output/OutputFile.h"
 #include "platform/kiv/Clock.h"
+#include "platform/zornet/device/Device.h"
 
 namespace Agent {
 
@@ -95,7 +96,11 @@ CaptureFile::handleEnded() {
 }
 
 void
-CaptureFile::handleFrame( std::span<Zornet::U8 const> frame ) {
+CaptureFile::handleFrame( Zornet::Device const& device, std::span<Zornet::U8 const> frame ) {
+    if ( !context_.farEnds.empty() &&
+         context_.farEnds.contains( deviceLabel( device.ns(), device.name() ) ) ) {
+        return; // the hosts' end of that cable shows the frame
+    }
     U64 const bytes = recordHeaderBytes + frame.size();
     if ( context_.options.captureLimit && bytes_ + bytes > *context_.options.captureLimit ) {
         std::cerr << "igmphost: the capture ends: " << *context_.options.captureFile

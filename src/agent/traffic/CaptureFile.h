@@ -24,7 +24,7 @@ class CaptureFile : public RunPart, private Traffic::Listener, private Kiv::Turn
   private:
     using Handle = std::unique_ptr<pcap_t, decltype( &pcap_close )>;
 
-    void handleFrame( std::span<Zornet::U8 const> frame ) override;
+    void handleFrame( Zornet::Device const& device, std::span<Zornet::U8 const> frame ) override;
     void handleTurnEnd() override;
     void flush();
     void fail( int error );

@@ -47,7 +47,7 @@ void
 Traffic::handleReceived( Device const& device, std::span<U8 const> frame ) {
     ++devices_[&device].received;
     if ( listener_ ) {
-        listener_->handleFrame( frame );
+        listener_->handleFrame( device, frame );
     }
 }
 
@@ -55,7 +55,7 @@ void
 Traffic::handleSent( Device const& device, std::span<U8 const> frame ) {
     ++devices_[&device].sent;
     if ( listener_ ) {
-        listener_->handleFrame( frame );
+        listener_->handleFrame( device, frame );
     }
 }
 

@@ -30,7 +30,7 @@ class Traffic : private Zornet::FrameTap {
       public:
         virtual ~Listener() = default;
         /// A frame as it was on the wire, received or sent.
-        virtual void handleFrame( std::span<Zornet::U8 const> frame ) = 0;
+        virtual void handleFrame( Zornet::Device const& device, std::span<Zornet::U8 const> frame ) = 0;
     };
 
     Traffic();

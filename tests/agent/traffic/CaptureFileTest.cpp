@@ -1,5 +1,6 @@
 #include <csignal>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "tests/agent/CableTest.h"
 
@@ -60,6 +61,22 @@ TEST_F( CaptureFile, HoldsWhatWasReceived ) {
     hosts.signal( SIGTERM );
     EXPECT_EQ( hosts.exitStatus(), 0 );
     EXPECT_THAT( dissected(), ::testing::Contains( StartsWith( "0x11||10.0.0.99|0.0.0.0" ) ) );
+}
+
+/// A querier of the scenario's own has its device in the same process.
+TEST_F( CaptureFile, HoldsEachFrameOnceThoughBothEndsOfTheCableAreHere ) {
+    std::string const querier =
+        folder_.fileWith( "q.yaml", "querier: { device: far0, ns: " + far_->name() + ", igmpVersion: 2 }\n" );
+    for ( char const* const where : { "--quiet", "--simulate" } ) {
+        AgentProcess hosts( run( { querier, where, "--duration", "0.3", "--status-interval", "10" } ) );
+        EXPECT_EQ( hosts.exitStatus(), 0 ) << hosts.written( AgentProcess::errors );
+        nlohmann::json const status = nlohmann::json::parse( hosts.written( AgentProcess::output ) );
+        nlohmann::json const& device = status["devices"][near_->name() + "/near0"];
+        std::size_t const frames =
+            device["framesSent"].get<std::size_t>() + device["framesReceived"].get<std::size_t>();
+        EXPECT_GE( frames, 4U );
+        EXPECT_THAT( dissected(), SizeIs( frames ) ) << where;
+    }
 }
 
 TEST_F( CaptureFile, LimitEndsTheCaptureAndNotTheHosts ) {
