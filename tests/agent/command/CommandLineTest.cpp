@@ -77,6 +77,33 @@ TEST( CommandLine, VerbIsRequired ) {
     expectWrongUsage( {}, "A subcommand is required" );
 }
 
+TEST( CommandLine, UnknownVerbIsToldWithTheNearest ) {
+    expectWrongUsage( { "runn", "x.yaml" }, "unknown verb 'runn'; did you mean 'run'?" );
+    expectWrongUsage( { "ctl", "/tmp/x", "hots" }, "unknown verb 'hots'; did you mean 'hosts'?" );
+    expectWrongUsage(
+        { "television" }, "unknown verb 'television'; expected one of check, demo, run, model, query, watch, "
+                          "ctl, schema"
+    );
+}
+
+TEST( CommandLine, OptionThatNeedsAnotherIsNotTakenAlone ) {
+    expectWrongUsage( { "run", "x.yaml", "--pcap-limit", "10M" }, "--pcap-limit requires --pcap" );
+    expectWrongUsage( { "run", "x.yaml", "--metrics-per-host" }, "--metrics-per-host requires --metrics" );
+}
+
+TEST( CommandLine, ValuesThatAreNoneAreRefusedWithWhatWasExpected ) {
+    for ( char const* const bytes : { "many", "10X", "1.5" } ) {
+        expectWrongUsage(
+            { "run", "x.yaml", "--pcap", "x", "--pcap-limit", bytes },
+            "--pcap-limit: expected a number of bytes such as 500k, 10M or 1G, found '" +
+                std::string( bytes ) + "'"
+        );
+    }
+    expectWrongUsage(
+        { "run", "x.yaml", "--log-format", "xml" }, "--log-format: expected text or json, found 'xml'"
+    );
+}
+
 TEST( CommandLine, UnknownArgumentsAreRefused ) {
     expectWrongUsage( { "demo", "--host", "3" }, "The following arguments were not expected: 3 --host" );
 }

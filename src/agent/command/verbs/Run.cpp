@@ -7,18 +7,43 @@ namespace Agent {
 
 namespace {
 
+/// "500", "500k", "10M", "1G"; a k is 1024.
+U64
+bytesOf( std::string text ) {
+    std::string const given = text;
+    try {
+        CLI::AsSizeValue const units( false );
+        if ( units( text ).empty() ) {
+            return Kiv::ValueTraits<U64>::parse( text );
+        }
+    } catch ( std::exception const& ) {
+    }
+    Kiv::throwExpected( "a number of bytes such as 500k, 10M or 1G", given );
+}
+
+LogFormat
+logFormatOf( std::string const& text ) {
+    if ( text != "text" && text != "json" ) {
+        Kiv::throwExpected( "text or json", text );
+    }
+    return text == "json" ? LogFormat::json : LogFormat::text;
+}
+
 void
 addCapture( CLI::App& command, RunOptions& options ) {
-    command
-        .add_option(
-            "--pcap", options.captureFile,
-            "Capture what the hosts' devices send and receive, for packet analysers; - for the standard "
-            "output"
-        )
-        ->type_name( "FILE" );
-    command.add_option( "--pcap-limit", options.captureLimit, "End the capture before the file is longer" )
-        ->transform( CLI::AsSizeValue( false ) )
-        ->type_name( "BYTES, as in 10M" );
+    CLI::Option* const capture =
+        command
+            .add_option(
+                "--pcap", options.captureFile,
+                "Capture what the hosts' devices send and receive, for packet analysers; - for the standard "
+                "output"
+            )
+            ->type_name( "FILE" );
+    addParsed(
+        command, "--pcap-limit", options.captureLimit, bytesOf, "BYTES",
+        "End the capture before the file is longer; as in 500k, 10M, 1G"
+    )
+        ->needs( capture );
 }
 
 void
@@ -30,23 +55,23 @@ addTelling( CLI::App& command, RunOptions& options ) {
         "the standard output"
     );
     command.add_flag( "--quiet", options.quiet, "Tell of errors and warnings only" );
-    std::map<std::string, LogFormat> const formats{ { "text", LogFormat::text },
-                                                    { "json", LogFormat::json } };
-    command
-        .add_option( "--log-format", options.logFormat, "Form of what is told on the standard error [text]" )
-        ->transform( CLI::CheckedTransformer( formats ) )
-        ->type_name( "text|json" );
+    addParsed(
+        command, "--log-format", options.logFormat, logFormatOf, "text|json",
+        "Form of what is told on the standard error [text]"
+    );
 }
 
 void
 addMetrics( CLI::App& command, RunOptions& options ) {
-    addParsed(
+    CLI::Option* const metrics = addParsed(
         command, "--metrics", options.metrics, metricsAddressOf, "[ADDR]:PORT",
         "Serve Prometheus metrics there, at /metrics; without ADDR on the loopback alone"
     );
-    command.add_flag(
-        "--metrics-per-host", options.metricsPerHost, "Among the metrics, tell the status of every host"
-    );
+    command
+        .add_flag(
+            "--metrics-per-host", options.metricsPerHost, "Among the metrics, tell the status of every host"
+        )
+        ->needs( metrics );
 }
 
 void
