@@ -78,6 +78,42 @@ TEST_F( Query, AsksInItsVlan ) {
     EXPECT_EQ( Json::parse( elsewhere.written( AgentProcess::output ) )["groups"].size(), 0U );
 }
 
+TEST_F( Query, AsksFromTheEthernetAddressThatItIsGiven ) {
+    AgentProcess watch( { "watch", "near0", "--ns", near_->name(), "--count", "1" } );
+    ASSERT_TRUE( hasBegun( watch ) );
+    AgentProcess query( scan( { "--mac", "02:00:00:00:00:99" } ) );
+    EXPECT_EQ( query.exitStatus(), 0 );
+    EXPECT_EQ( watch.exitStatus(), 0 );
+    EXPECT_THAT(
+        watch.written( AgentProcess::output ), HasSubstr( " 02:00:00:00:00:99 10.0.0.254 v2 general query" )
+    );
+}
+
+TEST_F( Query, AsksAfterALeaveForAsLongAsItIsTold ) {
+    AgentProcess watch( { "watch", "near0", "--ns", near_->name() } );
+    ASSERT_TRUE( hasBegun( watch ) );
+    AgentProcess query( atFarEnd( { "query", "--igmp-version", "2", "--last-member", "0.3" } ) );
+    ASSERT_TRUE( query.waitFor( AgentProcess::errors, "until Ctrl-C\n" ) );
+    AgentProcess hosts( { "run", scenario(), "--duration", "0.05", "--leave-on-exit" } );
+    EXPECT_EQ( hosts.exitStatus(), 0 );
+    EXPECT_TRUE( watch.waitFor( AgentProcess::output, " v2 group query 239.1.1.1 within 0.3 s\n" ) );
+}
+
+TEST_F( Query, YieldsToALowerAddressWhereItIsTold ) {
+    AgentProcess lower( { "query", "near0", "--ns", near_->name(), "--address", "10.0.0.7", "--interval", "1",
+                          "--response-time", "0.1" } );
+    ASSERT_TRUE( hasBegun( lower ) );
+    auto const higher = [this]( std::vector<std::string> arguments ) {
+        arguments.insert( arguments.begin(), { "query", "--once", "--json", "--address", "10.0.0.9" } );
+        return atFarEnd( arguments );
+    };
+    AgentProcess yielding( higher( { "--response-time", "1.5", "--elect" } ) );
+    AgentProcess stubborn( higher( { "--response-time", "1.5" } ) );
+    EXPECT_EQ( yielding.exitStatus() + stubborn.exitStatus(), 0 );
+    EXPECT_EQ( Json::parse( yielding.written( AgentProcess::output ) )["isQuerier"], false );
+    EXPECT_EQ( Json::parse( stubborn.written( AgentProcess::output ) )["isQuerier"], true );
+}
+
 TEST_F( Query, MissingDeviceOrNamespaceIsNamed ) {
     AgentProcess device( { "query", "far9", "--ns", far_->name() } );
     EXPECT_EQ( device.exitStatus(), 1 );

@@ -79,6 +79,38 @@ TEST_F( Simulate, TwoRunsAreAlike ) {
     EXPECT_EQ( written[0], written[1] );
 }
 
+TEST_F( Simulate, SeedDecidesWhatTheTimelineDraws ) {
+    auto const written = [this]( std::string const& more, std::vector<std::string> const& options ) {
+        std::vector<std::string> arguments{
+            "run",
+            "--simulate",
+            "--duration",
+            "20",
+            "--status-interval",
+            "0.1",
+            scenario( "events: [ { at: 1, jitter: 9, every: 9, times: 2, join: 239.8.8.8 } ]\n" + more )
+        };
+        arguments.insert( arguments.end(), options.begin(), options.end() );
+        AgentProcess agent( arguments );
+        EXPECT_EQ( agent.exitStatus(), 0 ) << agent.written( AgentProcess::errors );
+        return agent.written( AgentProcess::output );
+    };
+    std::string const first = written( "", { "--seed", "1" } );
+    EXPECT_NE( first, written( "", { "--seed", "2" } ) );
+    EXPECT_EQ( first, written( "seed: 1\n", {} ) );
+    EXPECT_EQ( first, written( "seed: 2\n", { "--seed", "1" } ) );
+}
+
+TEST_F( Simulate, OptionsGoBeforeWhatTheScenarioSays ) {
+    AgentProcess agent( { "run", "--simulate", scenario( "duration: 4000\nshard: 1/5\n" ), "--duration", "5",
+                          "--shard", "5/5", "--status", "-" } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: ended after 5.0 s" ) );
+    nlohmann::json const status = nlohmann::json::parse( agent.written( AgentProcess::output ) );
+    ASSERT_EQ( status["hosts"].size(), 1U );
+    EXPECT_TRUE( status["hosts"].contains( "tagged-2" ) );
+}
+
 /// What a host counts does not depend on who else is in its process, as long as no leave makes the querier
 /// ask for a group that another host is in too. What is drawn does: so changes keep away from queries, at 75,
 /// 135 and so on, whose answers could make up for their reports.
