@@ -4,6 +4,8 @@
 
 #include <ctime>
 
+#include "tests/support/HurryingClock.h"
+
 namespace {
 
 TEST( ClockTest, SystemClockIsSetToTheWallClockAndGoesForward ) {
@@ -64,17 +66,8 @@ TEST( ClockTest, ScopesExchangeTheClockAndNest ) {
     EXPECT_FALSE( Kiv::clock().isSimulated() );
 }
 
-/// A second later whenever it is read.
-class HurryingClock : public Kiv::Clock {
-  public:
-    Kiv::Seconds now() const override { return ++now_; }
-
-  private:
-    mutable Kiv::Seconds now_ = 0.0;
-};
-
 TEST( ClockTest, MomentScopeStopsTheClockInForce ) {
-    HurryingClock clock;
+    Support::HurryingClock clock;
     Kiv::ClockScope const scope( clock );
     {
         Kiv::MomentScope const moment;

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "FakeDevice.h"
-#include "platform/kiv/Clock.h"
+#include "tests/support/HurryingClock.h"
 
 namespace Zornet {
 
@@ -68,14 +68,7 @@ TEST_F( DeviceTest, Ipv4PortsShareOnePacket ) {
 
 /// Ten thousand hosts take milliseconds to hear a query, and all are to answer within its response time.
 TEST_F( DeviceTest, FrameArrivesAtOneMomentForAllPorts ) {
-    class HurryingClock : public Kiv::Clock {
-      public:
-        Kiv::Seconds now() const override { return ++now_; }
-
-      private:
-        mutable Kiv::Seconds now_ = 0.0;
-    };
-    HurryingClock clock;
+    Support::HurryingClock clock;
     Kiv::ClockScope const scope( clock );
     std::vector<Port> const ports{ everyPort(), ipv4Port(), ipv4Port() };
     std::vector<Kiv::Seconds> moments;
