@@ -13,36 +13,10 @@ namespace Lumo {
 namespace {
 
 constexpr double ticksPerSecond = 1e6;
-constexpr Kiv::U8 noWheel = 255; ///< in due_ or run_
+constexpr unsigned timersAhead = 4;  ///< how far ahead of the one that fires a timer is fetched
+constexpr Kiv::U16 noWheel = 0xffff; ///< the tag of due_ and run_
 
 } // namespace
-
-void
-TimerWheel::Link::takeOut() {
-    previous->next = next;
-    next->previous = previous;
-    previous = next = this;
-}
-
-void
-TimerWheel::Link::insertBefore( Link& other ) {
-    previous = other.previous;
-    next = &other;
-    previous->next = this;
-    other.previous = this;
-}
-
-void
-TimerWheel::Link::spliceBack( Link& other ) {
-    if ( other.alone() ) {
-        return;
-    }
-    other.next->previous = previous;
-    previous->next = other.next;
-    other.previous->next = this;
-    previous = other.previous;
-    other.previous = other.next = &other;
-}
 
 TimerWheel::TimerWheel( Ptr<Kiv::ActivityConfig> const& activity )
     : activity_( Kiv::kivActivitySmFor( activity.get() ) ),
@@ -65,49 +39,40 @@ TimerWheel::tickOf( Seconds time ) {
 
 void
 TimerWheel::arm( NotifieeConst& timer ) {
-    timer.tick_ = tickOf( timer.timeMin_ );
-    timer.armed_ = true;
     ++armed_;
-    place( timer );
-    if ( timer.wheelIndex_ != noWheel && nextKnown_ ) {
-        nextTime_ = std::min( nextTime_, timer.timeMin_ );
-    }
+    place( timer.timeMin_, timer );
 }
 
 void
 TimerWheel::disarm( NotifieeConst& timer ) {
-    if ( !timer.armed_ ) {
+    if ( !timer.armed() ) {
         return;
     }
-    timer.armed_ = false;
     --armed_;
-    timer.takeOut();
-    if ( timer.wheelIndex_ == noWheel ) {
+    auto const [tag, lastOfSlot] = TimerSlot::takeOut( timer, blocks_ );
+    if ( tag == noWheel ) {
         return;
     }
-    if ( slots_[timer.wheelIndex_][timer.slotIndex_].alone() ) {
-        occupied_[timer.wheelIndex_] &= ~( U64{ 1 } << timer.slotIndex_ );
+    if ( lastOfSlot ) {
+        occupied_[tag >> digitBits] &= ~( U64{ 1 } << ( tag & ( slotsPerWheel - 1 ) ) );
     }
     nextKnown_ = nextKnown_ && timer.timeMin_ != nextTime_;
 }
 
 void
-TimerWheel::place( NotifieeConst& timer ) {
-    if ( timer.tick_ <= current_ ) {
-        timer.wheelIndex_ = noWheel;
-        if ( !due_.alone() ) {
-            dueUnsorted_ |= timeOf( *due_.previous ) > timer.timeMin_;
-        }
-        timer.insertBefore( due_ );
+TimerWheel::place( Seconds time, TimerPlace& timer ) {
+    U64 const tick = tickOf( time );
+    if ( tick <= current_ ) {
+        dueUnsorted_ |= !due_.empty() && due_.lastTime() > time;
+        due_.append( time, timer, noWheel, blocks_ );
         return;
     }
-    auto const highestBit = static_cast<unsigned>( std::bit_width( timer.tick_ ^ current_ ) ) - 1;
+    auto const highestBit = static_cast<unsigned>( std::bit_width( tick ^ current_ ) ) - 1;
     unsigned const wheel = highestBit / digitBits;
-    auto const slot = static_cast<unsigned>( timer.tick_ >> ( wheel * digitBits ) ) & ( slotsPerWheel - 1 );
-    timer.wheelIndex_ = static_cast<U8>( wheel );
-    timer.slotIndex_ = static_cast<U8>( slot );
-    timer.insertBefore( slots_[wheel][slot] );
+    auto const slot = static_cast<unsigned>( tick >> ( wheel * digitBits ) ) & ( slotsPerWheel - 1 );
+    slots_[wheel][slot].append( time, timer, tagOf( wheel, slot ), blocks_ );
     occupied_[wheel] |= U64{ 1 } << slot;
+    nextTime_ = std::min( nextTime_, time );
 }
 
 /// The slot whose ticks come first: the first one of the lowest wheel that holds any.
@@ -128,20 +93,14 @@ TimerWheel::slotStart( unsigned wheel, unsigned slot ) const {
     return ( current_ >> below << below ) | ( U64{ slot } << ( wheel * digitBits ) );
 }
 
-/// Moves the present tick to the start of a slot and its timers to where they now belong.
+/// Moves the present tick into a slot that no other comes before, as near to `tick` as the slot goes, and the
+/// slot's timers to where they now belong: those that `tick` has reached to due_, the others to lower wheels.
 void
-TimerWheel::enterSlot( unsigned wheel, unsigned slot ) {
-    current_ = slotStart( wheel, slot );
+TimerWheel::enterSlot( unsigned wheel, unsigned slot, U64 tick ) {
+    U64 const end = slotStart( wheel, slot ) + ( ( U64{ 1 } << ( wheel * digitBits ) ) - 1 );
+    current_ = std::min( tick, end );
     occupied_[wheel] &= ~( U64{ 1 } << slot );
-    Link& entered = slots_[wheel][slot];
-    Link* at = std::exchange( entered.next, &entered );
-    entered.previous = &entered;
-    while ( at != &entered ) { // each belongs elsewhere, so its links need not be undone first
-        auto* const timer = static_cast<NotifieeConst*>( at );
-        at = at->next;
-        __builtin_prefetch( at );
-        place( *timer );
-    }
+    slots_[wheel][slot].drain( blocks_, [this]( Seconds time, TimerPlace& timer ) { place( time, timer ); } );
 }
 
 /// Brings the present tick to `tick`; what has come to it on the way stands in due_.
@@ -150,7 +109,7 @@ TimerWheel::advance( U64 tick ) {
     unsigned wheel = 0;
     unsigned slot = 0;
     while ( earliestSlot( wheel, slot ) && slotStart( wheel, slot ) <= tick ) {
-        enterSlot( wheel, slot );
+        enterSlot( wheel, slot, tick );
         nextKnown_ = false;
     }
     current_ = std::max( current_, tick );
@@ -161,16 +120,20 @@ TimerWheel::sortDue() {
     if ( !dueUnsorted_ ) {
         return;
     }
-    std::vector<NotifieeConst*> timers;
-    for ( Link* at = due_.next; at != &due_; at = at->next ) {
-        timers.push_back( static_cast<NotifieeConst*>( at ) );
-    }
-    std::stable_sort( timers.begin(), timers.end(), []( auto const* a, auto const* b ) {
-        return a->timeMin_ < b->timeMin_;
+    struct Due {
+        TimerBlock::Entry entry;
+        std::size_t order;
+    };
+    std::vector<Due> timers;
+    timers.reserve( 32 );
+    due_.drain( blocks_, [&timers]( Seconds time, TimerPlace& timer ) {
+        timers.push_back( { { time, &timer }, timers.size() } );
     } );
-    for ( NotifieeConst* timer : timers ) {
-        timer->takeOut();
-        timer->insertBefore( due_ );
+    std::sort( timers.begin(), timers.end(), []( Due const& a, Due const& b ) {
+        return a.entry.time != b.entry.time ? a.entry.time < b.entry.time : a.order < b.order;
+    } );
+    for ( Due const& each : timers ) {
+        due_.append( each.entry.time, *each.entry.timer, noWheel, blocks_ );
     }
     dueUnsorted_ = false;
 }
@@ -178,13 +141,14 @@ TimerWheel::sortDue() {
 /// Moves what is due at `now` to the end of run_: mostly all that has reached the present tick.
 void
 TimerWheel::takeDue( Seconds now ) {
-    if ( !due_.alone() && timeOf( *due_.previous ) <= now ) {
+    if ( !due_.empty() && due_.lastTime() <= now ) {
         run_.spliceBack( due_ );
     }
     while ( timeOfFirst( due_ ) <= now ) {
-        Link* const timer = due_.next;
-        timer->takeOut();
-        timer->insertBefore( run_ );
+        Seconds const time = due_.firstTime();
+        TimerPlace& timer = due_.first();
+        TimerSlot::takeOut( timer, blocks_ );
+        run_.append( time, timer, noWheel, blocks_ );
     }
 }
 
@@ -195,9 +159,9 @@ TimerWheel::expire( Seconds now ) {
     sortDue();
     takeDue( now );
     std::size_t fired = 0;
-    for ( ; !run_.alone(); ++fired ) {
-        __builtin_prefetch( run_.next->next );
-        fire( *static_cast<NotifieeConst*>( run_.next ) );
+    for ( ; !run_.empty(); ++fired ) {
+        __builtin_prefetch( run_.behindFirst( timersAhead ), 1 );
+        fire( static_cast<NotifieeConst&>( run_.first() ) );
     }
     return fired;
 }
@@ -215,27 +179,13 @@ TimerWheel::fire( NotifieeConst& timer ) {
 }
 
 Seconds
-TimerWheel::timeOf( Link const& timer ) {
-    return static_cast<NotifieeConst const&>( timer ).timeMin_;
-}
-
-Seconds
-TimerWheel::timeOfFirst( Link const& list ) {
-    return list.alone() ? Kiv::never : timeOf( *list.next );
-}
-
-Seconds
-TimerWheel::earliestTimeIn( Link const& slot ) {
-    Seconds earliest = Kiv::never;
-    for ( Link const* at = slot.next; at != &slot; at = at->next ) {
-        earliest = std::min( earliest, timeOf( *at ) );
-    }
-    return earliest;
+TimerWheel::timeOfFirst( TimerSlot const& list ) {
+    return list.empty() ? Kiv::never : list.firstTime();
 }
 
 Seconds
 TimerWheel::nextDeadline() {
-    if ( !due_.alone() || !run_.alone() ) {
+    if ( !due_.empty() || !run_.empty() ) {
         sortDue();
         return std::min( timeOfFirst( due_ ), timeOfFirst( run_ ) );
     }
@@ -245,7 +195,7 @@ TimerWheel::nextDeadline() {
         if ( !earliestSlot( wheel, slot ) ) {
             return Kiv::never;
         }
-        nextTime_ = earliestTimeIn( slots_[wheel][slot] );
+        nextTime_ = slots_[wheel][slot].earliestTime();
         nextKnown_ = true;
     }
     return nextTime_;

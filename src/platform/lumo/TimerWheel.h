@@ -4,22 +4,23 @@
 
 #include "platform/kiv/Activity.h"
 #include "platform/kiv/NotifieeConst.h"
+#include "platform/lumo/TimerSlot.h"
 
 namespace Lumo {
 
 using Kiv::Ptr;
 using Kiv::Seconds;
+using Kiv::U16;
 using Kiv::U64;
-using Kiv::U8;
 
 /// The clock work behind every deadline of an activity: a hierarchical timing wheel of one tick per
 /// microsecond. Nine wheels of 64 slots each stand above one another; a timer hangs in the wheel of the
 /// highest digit (base 64) in which its tick differs from the present one, and moves down as that digit comes
 /// round. What has reached the present tick waits in one list, sorted by exact time, so no timer fires early
 /// and all fire in the order of their times, those of one time in the order of arming. Arming, rearming and
-/// cancelling take constant time and allocate nothing. A timer that is set for a time already past fires with
-/// the next expire(), never inside the call that set it; so does one that is set for now by a timer that is
-/// just firing.
+/// cancelling take constant time and mostly touch no other timer's memory. A timer that is set for a time
+/// already past fires with the next expire(), never inside the call that set it; so does one that is set for
+/// now by a timer that is just firing.
 class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
   public:
     class NotifieeConst;
@@ -40,32 +41,19 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
     static constexpr unsigned wheels = 9;
     static constexpr U64 lastTick = ( U64{ 1 } << 53 ) - 1;
 
-    /// A timer's place in a circular list; also the list's own anchor.
-    struct Link {
-        Link* previous = this;
-        Link* next = this;
-        Link() = default;
-        Link( Link const& ) = delete;
-        Link& operator=( Link const& ) = delete;
-        bool alone() const { return next == this; }
-        void takeOut();
-        void insertBefore( Link& other );
-        /// Moves all of `other`'s members to the end of this list.
-        void spliceBack( Link& other );
-    };
-
     /// The tick in which a time lies. It never falls as the time grows.
     static U64 tickOf( Seconds time );
-    static Seconds timeOf( Link const& timer );
-    static Seconds timeOfFirst( Link const& list );
-    static Seconds earliestTimeIn( Link const& slot );
+    static Seconds timeOfFirst( TimerSlot const& list );
+    static constexpr U16 tagOf( unsigned wheel, unsigned slot ) {
+        return static_cast<U16>( wheel << digitBits | slot );
+    }
 
     void arm( NotifieeConst& timer );
     void disarm( NotifieeConst& timer );
-    void place( NotifieeConst& timer );
+    void place( Seconds time, TimerPlace& timer );
     void advance( U64 tick );
     bool earliestSlot( unsigned& wheel, unsigned& slot ) const;
-    void enterSlot( unsigned wheel, unsigned slot );
+    void enterSlot( unsigned wheel, unsigned slot, U64 tick );
     U64 slotStart( unsigned wheel, unsigned slot ) const;
     void sortDue();
     void takeDue( Seconds now );
@@ -76,16 +64,17 @@ class TimerWheel : public Kiv::PtrInterface, private Kiv::DeadlineSource {
     U64 current_;
     std::size_t armed_ = 0;
     std::array<U64, wheels> occupied_{};
-    std::array<std::array<Link, slotsPerWheel>, wheels> slots_;
-    Link due_; ///< has reached the present tick
+    std::array<std::array<TimerSlot, slotsPerWheel>, wheels> slots_;
+    TimerSlot due_; ///< has reached the present tick
     bool dueUnsorted_ = false;
-    Link run_;               ///< taken by an expire() in progress
+    TimerSlot run_; ///< taken by an expire() in progress
+    TimerBlockStore blocks_;
     Seconds nextTime_ = 0.0; ///< the earliest time in the wheels, where nextKnown_
     bool nextKnown_ = false;
 };
 
 /// A timer: a reactor on a wheel with at most one pending expiry. Times are absolute, on Kiv::now().
-class TimerWheel::NotifieeConst : public Kiv::PtrInterface::NotifieeConst, private TimerWheel::Link {
+class TimerWheel::NotifieeConst : public Kiv::PtrInterface::NotifieeConst, private TimerPlace {
   public:
     ~NotifieeConst() override;
 
@@ -111,10 +100,6 @@ class TimerWheel::NotifieeConst : public Kiv::PtrInterface::NotifieeConst, priva
     bool linked() const { return isRegisteredNotifiee() && hasNotificationActive() && wheel() != nullptr; }
 
     Seconds timeMin_ = Kiv::never;
-    U64 tick_ = 0;
-    bool armed_ = false;
-    U8 wheelIndex_ = 0;
-    U8 slotIndex_ = 0;
 };
 
 } // namespace Lumo

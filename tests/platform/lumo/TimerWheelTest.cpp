@@ -1,5 +1,7 @@
 #include "platform/lumo/TimerWheel.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -122,6 +124,54 @@ TEST_F( TimerWheelTest, EqualTimesArmedFromNearAndFarKeepTheirOrder ) {
     auto const near = alarm( 2, 300.0 );
     runFor( 1.0 );
     EXPECT_EQ( fired_, ( Fired{ 1, 2 } ) );
+}
+
+TEST_F( TimerWheelTest, EqualTimesKeepTheirOrderWhenManyOfThemAreCancelled ) {
+    std::vector<Ptr<Alarm>> timers;
+    for ( int n = 0; n < 400; ++n ) {
+        timers.push_back( alarm( n, 300.0 ) );
+    }
+    Fired expected;
+    for ( int n = 0; n < 400; ++n ) { // a long stretch, and every third
+        if ( n < 150 || n % 3 == 0 ) {
+            timers[static_cast<std::size_t>( n )]->timeMinIs( never );
+        } else {
+            expected.push_back( n );
+        }
+    }
+    timers[7]->timeMinIs( start() + 300.0 );
+    expected.push_back( 7 );
+    EXPECT_EQ( wheel()->armedTimers(), expected.size() );
+    runFor( 300.0 );
+    EXPECT_EQ( fired_, expected );
+}
+
+TEST_F( TimerWheelTest, CancellingTheLastTimerOfAStretchLeavesNoDeadline ) {
+    std::vector<Ptr<Alarm>> timers;
+    for ( int n = 0; n < 100; ++n ) {
+        timers.push_back( alarm( n, 300.0 ) );
+    }
+    auto const late = alarm( 100, 9000.0 );
+    for ( Ptr<Alarm> const& timer : timers ) {
+        timer->timeMinIs( never );
+    }
+    EXPECT_EQ( wheel()->nextDeadline(), late->timeMin() );
+    late->timeMinIs( never );
+    EXPECT_EQ( wheel()->nextDeadline(), never );
+}
+
+TEST_F( TimerWheelTest, PutOffWithoutEndTimersKeepTheirMemory ) {
+    std::vector<Ptr<Alarm>> timers;
+    for ( int n = 0; n < 1000; ++n ) {
+        timers.push_back( alarm( n, 400.0 ) );
+    }
+    auto const before = mallinfo2().uordblks;
+    for ( int round = 0; round < 1000; ++round ) {
+        for ( Ptr<Alarm> const& timer : timers ) {
+            timer->timeMinIs( start() + 400.0 + 0.001 * round );
+        }
+    }
+    EXPECT_LT( mallinfo2().uordblks, before + 64 * 1024 );
 }
 
 TEST_F( TimerWheelTest, LaterCallReplacesTheTime ) {
