@@ -183,6 +183,26 @@ ActivitySm::jumpClock( Seconds limit ) {
     }
 }
 
+namespace {
+
+/// Kernels before Linux 5.11, and some of what can stand before a kernel, know no wait by the nanosecond;
+/// there one by the millisecond serves, which may be late and is never early.
+int
+waitForEvents( int epoll, std::span<epoll_event> events, Seconds span ) {
+    int const room = static_cast<int>( events.size() );
+    timespec timeout{};
+    timeout.tv_sec = static_cast<time_t>( span );
+    timeout.tv_nsec =
+        std::min( 999'999'999L, static_cast<long>( std::ceil( ( span - std::floor( span ) ) * 1e9 ) ) );
+    int const ready = epoll_pwait2( epoll, events.data(), room, &timeout, nullptr );
+    if ( ready < 0 && errno == ENOSYS ) {
+        return epoll_wait( epoll, events.data(), room, static_cast<int>( std::ceil( span * 1e3 ) ) );
+    }
+    return ready;
+}
+
+} // namespace
+
 int
 ActivitySm::wait( std::span<epoll_event> events, Seconds limit ) {
     Seconds span = 0.0;
@@ -192,13 +212,7 @@ ActivitySm::wait( std::span<epoll_event> events, Seconds limit ) {
         return 0;
     }
     constexpr Seconds aDay = 86400.0;
-    span = std::min( span, aDay );
-    timespec timeout{};
-    timeout.tv_sec = static_cast<time_t>( span );
-    timeout.tv_nsec =
-        std::min( 999'999'999L, static_cast<long>( std::ceil( ( span - std::floor( span ) ) * 1e9 ) ) );
-    int const ready =
-        epoll_pwait2( epoll_, events.data(), static_cast<int>( events.size() ), &timeout, nullptr );
+    int const ready = waitForEvents( epoll_, events, std::min( span, aDay ) );
     return std::max( ready, 0 ); // a signal ends the wait early, which does no harm
 }
 

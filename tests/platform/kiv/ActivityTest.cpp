@@ -1,7 +1,11 @@
 #include "platform/kiv/Activity.h"
 
 #include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/eventfd.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -432,6 +436,30 @@ TEST_F( RealTimeActivityTest, MachineThatRearmsForNowLeavesRoomForDescriptors ) 
     Event event( activity_, [&] { raised = true; } );
     event.raise();
     EXPECT_TRUE( activity_.runUntil( [&] { return raised; } ) );
+}
+
+/// From here on the kernel tells this process that it does not know the wait by the nanosecond.
+bool
+forgetTheFineWait() {
+    sock_filter steps[] = {
+        BPF_STMT( BPF_LD | BPF_W | BPF_ABS, offsetof( seccomp_data, nr ) ),
+        BPF_JUMP( BPF_JMP | BPF_JEQ | BPF_K, SYS_epoll_pwait2, 0, 1 ),
+        BPF_STMT( BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS ),
+        BPF_STMT( BPF_RET | BPF_K, SECCOMP_RET_ALLOW ),
+    };
+    sock_fprog const filter{ std::size( steps ), steps };
+    return prctl( PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0 ) == 0 &&
+           prctl( PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter ) == 0;
+}
+
+TEST_F( RealTimeActivityTest, InputEndsTheWaitOfAKernelThatWaitsByTheMillisecond ) {
+    auto const inputIsHeard = [this] {
+        bool raised = false;
+        Event event( activity_, [&] { raised = true; } );
+        event.raise();
+        return forgetTheFineWait() && activity_.runUntil( [&] { return raised; }, 5.0 );
+    };
+    EXPECT_EXIT( std::exit( inputIsHeard() ? 0 : 1 ), ::testing::ExitedWithCode( 0 ), "" );
 }
 
 } // namespace
