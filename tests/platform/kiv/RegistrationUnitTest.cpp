@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <list>
+
 namespace {
 
 using Kiv::IntrospectionReactor;
@@ -33,13 +35,17 @@ class RegistrationUnitTest : public ::testing::Test {
     RegistrationUnitTest() { reactor_->hasActiveIntrospectionIs( false ); }
     ~RegistrationUnitTest() override { reactor_->hasActiveIntrospectionIs( wasActive_ ); }
 
+    /// Records are never freed, and neither may be what they refer to: all slots are held to the end.
+    static std::vector<Kiv::TypeSlot>& newSlots() {
+        static auto& all = *new std::list<std::vector<Kiv::TypeSlot>>;
+        std::vector<Kiv::TypeSlot> slots{ { Kiv::classType<Dial>( "Test::Dial", &Kiv::Entity::_fwkType ) } };
+        return all.emplace_back( std::move( slots ) );
+    }
     std::size_t declared() const { return reactor_->types().size(); }
 
     Ptr<IntrospectionReactor> const reactor_ = IntrospectionReactor::global();
     bool const wasActive_ = reactor_->hasActiveIntrospection();
-    // Records are never freed, and neither may be what they refer to.
-    std::vector<Kiv::TypeSlot>& slots_ =
-        *new std::vector<Kiv::TypeSlot>{ { Kiv::classType<Dial>( "Test::Dial", &Kiv::Entity::_fwkType ) } };
+    std::vector<Kiv::TypeSlot>& slots_ = newSlots();
     Kiv::RegistrationUnit unit_{ "Test", slots_ };
     std::size_t const before_ = declared();
 };
