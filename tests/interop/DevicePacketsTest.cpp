@@ -1,3 +1,5 @@
+#include <chrono>
+
 #include "tests/interop/DeviceFixture.h"
 
 namespace Zornet {
@@ -206,6 +208,27 @@ TEST_F( DevicePacketsTest, FullRingCountsWhatItLost ) {
     EXPECT_GT( station.pam->rxErrors(), 0U );
     EXPECT_EQ( station.heard().size() + station.pam->rxErrors(), burst );
     EXPECT_TRUE( hearsOut( station ) );
+}
+
+TEST_F( DevicePacketsTest, SlowReaderLeavesTheLoopItsTurns ) {
+    class Thinker : public Pam::Notifiee {
+      public:
+        explicit Thinker( Kiv::Ptr<Pam> const& pam ) : Notifiee( pam ) { isRegisteredNotifieeIs( true ); }
+        void onReadableCount() override {
+            using Clock = std::chrono::steady_clock; // ours stands still while a frame is handed over
+            for ( auto const end = Clock::now() + std::chrono::microseconds( 500 ); Clock::now() < end; ) {
+            }
+        }
+    };
+    Station const station = ipv4Station();
+    Kiv::Ptr<Thinker> const thinker( new Thinker( station.pam ) );
+    for ( U32 mark = 0; mark < 100; ++mark ) {
+        farEnd().send( igmpFrame( mark ) );
+    }
+    ASSERT_TRUE( eventually( [&] { return !station.heard().empty(); } ) );
+    EXPECT_LT( station.heard().size(), 10U );
+    EXPECT_TRUE( hearsOut( station ) );
+    EXPECT_EQ( station.heard().size(), 101U );
 }
 
 TEST_F( DevicePacketsTest, FrameLeavesWithTheTurn ) {

@@ -29,7 +29,9 @@ class PacketSocket : public Kiv::PtrInterface {
     U32 linkIndex() const { return linkIndex_; }
 
     /// Tells what has been received; see ReceiveRing.
-    void receive( Kiv::FunctionRef<void( std::span<U8 const> )> frame ) { ring_.drain( frame ); }
+    void receive( Kiv::FunctionRef<void( std::span<U8 const> )> frame, Kiv::Seconds span ) {
+        ring_.drain( frame, span );
+    }
     /// Frames lost for want of room since the last call.
     U32 takeLostFrames();
     /// The receiving socket's pending error, which goes with the asking; 0 for none.

@@ -19,6 +19,9 @@ constexpr int progressLevel = 3;
 /// How long a full queue of the link is left to drain. The kernel does not tell when it has.
 constexpr Kiv::Seconds queueDrainTime = 100e-6;
 
+/// How long frames are heard in one turn of the loop. However fast they come, timers have theirs in between.
+constexpr Kiv::Seconds receiveTime = 1e-3;
+
 std::string
 problemOf( LinkState const& state ) {
     if ( state.error != 0 ) {
@@ -143,7 +146,7 @@ PacketSocketDevice::handleIo( Kiv::U32 events ) {
 void
 PacketSocketDevice::receive() {
     Kiv::Ptr<PacketSocket> const socket = socket_;
-    socket->receive( [this]( std::span<U8 const> frame ) { deliver( frame ); } );
+    socket->receive( [this]( std::span<U8 const> frame ) { deliver( frame ); }, receiveTime );
     if ( U32 const lost = socket->takeLostFrames() ) {
         rxErrorsInc( lost );
     }

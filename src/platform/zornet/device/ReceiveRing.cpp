@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstring>
 
+#include "platform/kiv/Clock.h"
 #include "platform/zornet/NetInt.h"
 
 namespace Zornet {
@@ -55,27 +56,44 @@ ReceiveRing::open( int socket ) {
 }
 
 void
-ReceiveRing::drain( Kiv::FunctionRef<void( std::span<U8 const> )> frame ) {
-    for ( U32 i = 0; i < blocks; ++i ) {
-        Block* const ready = block( next_ );
-        std::atomic_ref<U32> status( ready->hdr.bh1.block_status );
-        if ( ( status.load( std::memory_order_acquire ) & TP_STATUS_USER ) == 0 ) {
-            break;
+ReceiveRing::drain( Kiv::FunctionRef<void( std::span<U8 const> )> frame, Kiv::Seconds span ) {
+    Kiv::Seconds const end = Kiv::now() + span;
+    while ( hasFrame() ) {
+        auto* const header = reinterpret_cast<tpacket3_hdr*>( at_ );
+        at_ += header->tp_next_offset;
+        --left_;
+        frame( wireFrame( header ) );
+        if ( left_ == 0 ) {
+            closeBlock();
         }
-        drainBlock( ready, frame );
-        status.store( TP_STATUS_KERNEL, std::memory_order_release );
-        next_ = ( next_ + 1 ) % blocks;
+        if ( Kiv::now() >= end ) {
+            return;
+        }
     }
 }
 
-void
-ReceiveRing::drainBlock( Block* block, Kiv::FunctionRef<void( std::span<U8 const> )> frame ) {
-    U8* at = reinterpret_cast<U8*>( block ) + block->hdr.bh1.offset_to_first_pkt;
-    for ( U32 left = block->hdr.bh1.num_pkts; left != 0; --left ) {
-        auto* const header = reinterpret_cast<tpacket3_hdr*>( at );
-        frame( wireFrame( header ) );
-        at += header->tp_next_offset;
+/// Goes on to the next block, where the kernel has handed that over.
+bool
+ReceiveRing::hasFrame() {
+    while ( left_ == 0 ) {
+        std::atomic_ref<U32> const status( block()->hdr.bh1.block_status );
+        if ( ( status.load( std::memory_order_acquire ) & TP_STATUS_USER ) == 0 ) {
+            return false;
+        }
+        left_ = block()->hdr.bh1.num_pkts;
+        at_ = reinterpret_cast<U8*>( block() ) + block()->hdr.bh1.offset_to_first_pkt;
+        if ( left_ == 0 ) {
+            closeBlock();
+        }
     }
+    return true;
+}
+
+void
+ReceiveRing::closeBlock() {
+    std::atomic_ref<U32> const status( block()->hdr.bh1.block_status );
+    status.store( TP_STATUS_KERNEL, std::memory_order_release );
+    number_ = ( number_ + 1 ) % blocks;
 }
 
 /// Moves the addresses into the reserved room and writes the tag behind them. A tag is there where the flag

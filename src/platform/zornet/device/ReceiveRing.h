@@ -30,18 +30,22 @@ class ReceiveRing {
 
     /// Gives the socket its ring. False, with errno set, where the kernel refuses.
     bool open( int socket );
-    /// Tells the frames of every block that is ready, once around the ring at most.
-    void drain( Kiv::FunctionRef<void( std::span<U8 const> )> frame );
+    /// Tells the frames that are ready for as long as `span`, and one at least. The socket stays readable
+    /// while more are ready.
+    void drain( Kiv::FunctionRef<void( std::span<U8 const> )> frame, Kiv::Seconds span );
 
   private:
     using Block = tpacket_block_desc;
 
-    Block* block( U32 index ) const { return reinterpret_cast<Block*>( memory_ + index * blockBytes ); }
-    static void drainBlock( Block* block, Kiv::FunctionRef<void( std::span<U8 const> )> frame );
+    Block* block() const { return reinterpret_cast<Block*>( memory_ + number_ * blockBytes ); }
+    bool hasFrame();
+    void closeBlock();
     static std::span<U8 const> wireFrame( tpacket3_hdr* header );
 
     U8* memory_ = nullptr;
-    U32 next_ = 0;
+    U32 number_ = 0;   ///< of the block that is drained next, or at present
+    U32 left_ = 0;     ///< frames of it that have not been told
+    U8* at_ = nullptr; ///< the next of them, while there are any
 };
 
 } // namespace Zornet
