@@ -3,11 +3,11 @@
 
 #include <stdexcept>
 
-#include "bench/rivals/PacketEnd.h"
 #include "bench/support/Figures.h"
 #include "bench/support/Program.h"
 #include "bench/support/Rig.h"
 #include "bench/support/VethPair.h"
+#include "tests/support/PacketEnd.h"
 
 namespace {
 
@@ -16,9 +16,9 @@ using Bench::Rig;
 
 /// What the kernel takes to send one report: a call of `sendto` for each.
 double
-secondsOfSendto( Bench::PacketEnd& socket ) {
+secondsOfSendto( Support::PacketEnd& socket ) {
     constexpr unsigned calls = 20'000;
-    Bench::Bytes const report( 60 );
+    Support::Bytes const report( 60 );
     return Bench::secondsOf( [&] {
                for ( unsigned i = 0; i < calls; ++i ) {
                    socket.send( report );
@@ -35,7 +35,7 @@ takeQueries(
     std::vector<double>& ofSendto
 ) {
     Bench::VethPair const link;
-    Bench::PacketEnd socket( link.nearNs, Bench::VethPair::nearDevice );
+    Support::PacketEnd socket( link.nearNs, Bench::VethPair::nearDevice );
     auto const query = Bench::generalQuery( 100, false );
     Rig rig;
     Hosts const hosts( { count } );

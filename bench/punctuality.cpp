@@ -5,15 +5,15 @@
 #include <stdexcept>
 
 #include "bench/rivals/KernelHosts.h"
-#include "bench/rivals/PacketEnd.h"
 #include "bench/support/Figures.h"
 #include "bench/support/Hosts.h"
+#include "tests/support/PacketEnd.h"
 
 namespace {
 
-using Bench::Arrival;
 using Bench::Hosts;
 using Kiv::Seconds;
+using Support::Arrival;
 
 constexpr std::size_t ourHosts = 10'000;
 constexpr std::size_t kernelHosts = 1'000;
@@ -38,7 +38,7 @@ afterEnd( std::vector<Arrival> const& answers, double asked ) {
 /// Times on the wall clock, by host.
 std::vector<double>
 deadlines( Hosts& hosts ) {
-    double const wallMinusOurs = Bench::wallClock() - Kiv::now();
+    double const wallMinusOurs = Support::wallClock() - Kiv::now();
     std::vector<double> times;
     for ( std::size_t i = 0; i < ourHosts; ++i ) {
         auto const timer = hosts.machine( i ).groupTimerSm( Hosts::group( 0 ) );
@@ -61,7 +61,7 @@ judge( std::vector<Arrival> const& answers, std::vector<double> const& due, doub
 std::vector<Punctuality>
 ours( unsigned runs ) {
     Bench::VethPair const link;
-    Bench::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
+    Support::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
     Hosts::Plan plan{ ourHosts };
     plan.device = Bench::VethPair::nearDevice;
     plan.ns = link.nearNs.name().c_str();
@@ -74,7 +74,7 @@ ours( unsigned runs ) {
         auto const heard = [&hosts, before = hosts.status( ourHosts - 1 ).v2GeneralQueryReceived()] {
             return hosts.status( ourHosts - 1 ).v2GeneralQueryReceived() != before;
         };
-        double const asked = Bench::wallClock();
+        double const asked = Support::wallClock();
         far.send( Bench::generalQuery( responseCode, false ) );
         activity.runUntil( heard, 1.0 );
         std::vector<double> const due = deadlines( hosts );
@@ -88,7 +88,7 @@ ours( unsigned runs ) {
 std::vector<double>
 kernels( unsigned runs ) {
     Bench::VethPair const link;
-    Bench::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
+    Support::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
     Bench::KernelHosts hosts( link, kernelHosts );
     hosts.join();
     Kiv::ActivitySm& activity = Kiv::defaultActivity()->activitySm();
@@ -96,7 +96,7 @@ kernels( unsigned runs ) {
     std::vector<double> results;
     for ( unsigned i = 0; i < runs; ++i ) {
         far.takeAll();
-        double const asked = Bench::wallClock();
+        double const asked = Support::wallClock();
         far.send( Bench::generalQuery( responseCode, false ) );
         activity.runFor( 2.0 );
         results.push_back( afterEnd( far.takeAll(), asked ) );

@@ -10,12 +10,12 @@
 #include <cstring>
 #include <thread>
 
-#include "bench/rivals/PacketEnd.h"
 #include "bench/support/Figures.h"
 #include "bench/support/Hosts.h"
 #include "bench/support/SharedCounter.h"
 #include "bench/support/VethPair.h"
 #include "platform/zornet/IpMcastMacAddr.h"
+#include "tests/support/PacketEnd.h"
 
 namespace {
 
@@ -49,9 +49,9 @@ usageOver( Kiv::Seconds time ) {
 }
 
 /// A UDP frame to a group that every host has joined.
-Bench::Bytes
+Support::Bytes
 dataFrame() {
-    Bench::Bytes frame = Bench::generalQuery( 0, false );
+    Support::Bytes frame = Bench::generalQuery( 0, false );
     frame.resize( 60 );
     auto const mac = Zornet::ipMcastMacAddr( Hosts::group( 0 ) );
     std::memcpy( frame.data(), &mac, 6 );
@@ -62,8 +62,8 @@ dataFrame() {
 /// Sends at the rate asked for until it is killed, and tells how many it has sent.
 [[noreturn]] void
 flood( Bench::VethPair const& link, std::size_t volatile& sent ) {
-    Bench::PacketEnd socket( link.farNs, Bench::VethPair::farDevice );
-    std::vector<Bench::Bytes> const batch( 64, dataFrame() );
+    Support::PacketEnd socket( link.farNs, Bench::VethPair::farDevice );
+    std::vector<Support::Bytes> const batch( 64, dataFrame() );
     auto const start = std::chrono::steady_clock::now();
     for ( std::size_t total = 0;; ) {
         double const past = std::chrono::duration<double>( std::chrono::steady_clock::now() - start ).count();

@@ -13,9 +13,9 @@
 #include <thread>
 
 #include "bench/rivals/KernelHosts.h"
-#include "bench/rivals/PacketEnd.h"
 #include "bench/support/Figures.h"
 #include "bench/support/Program.h"
+#include "tests/support/PacketEnd.h"
 
 namespace {
 
@@ -24,10 +24,10 @@ constexpr std::size_t kernelHosts = 1'000;
 
 /// Waits until so many different hosts have been heard and returns when the last was.
 double
-timeOfLast( Bench::PacketEnd& far, std::size_t hosts ) {
+timeOfLast( Support::PacketEnd& far, std::size_t hosts ) {
     std::set<Zornet::IpAddr> heard;
-    for ( double const deadline = Bench::wallClock() + 60.0; Bench::wallClock() < deadline; ) {
-        for ( Bench::Arrival const& arrival : far.takeAll() ) {
+    for ( double const deadline = Support::wallClock() + 60.0; Support::wallClock() < deadline; ) {
+        for ( Support::Arrival const& arrival : far.takeAll() ) {
             heard.insert( arrival.source() );
             if ( heard.size() == hosts ) {
                 return arrival.time;
@@ -53,13 +53,13 @@ scenarioFor( Bench::VethPair const& link ) {
 double
 secondsOfOurs() {
     Bench::VethPair const link;
-    Bench::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
+    Support::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
     std::string const program = Bench::programBeside( "igmphost" );
     if ( !std::filesystem::exists( program ) ) {
         throw std::runtime_error( program + " is not built" );
     }
     std::string const scenario = scenarioFor( link );
-    double const start = Bench::wallClock();
+    double const start = Support::wallClock();
     pid_t const child = fork();
     if ( child == 0 ) {
         int const nowhere = open( "/dev/null", O_WRONLY );
@@ -78,8 +78,8 @@ secondsOfOurs() {
 double
 secondsOfKernel() {
     Bench::VethPair const link;
-    Bench::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
-    double const start = Bench::wallClock();
+    Support::PacketEnd far( link.farNs, Bench::VethPair::farDevice );
+    double const start = Support::wallClock();
     Bench::KernelHosts hosts( link, kernelHosts );
     hosts.join();
     return ( timeOfLast( far, kernelHosts ) - start ) * ourHosts / kernelHosts;

@@ -3,16 +3,16 @@
 
 #include <stdexcept>
 
-#include "bench/rivals/PacketEnd.h"
 #include "bench/support/Figures.h"
 #include "bench/support/Hosts.h"
 #include "bench/support/VethPair.h"
+#include "tests/support/PacketEnd.h"
 
 namespace {
 
-using Bench::Arrival;
-using Bench::Bytes;
 using Bench::Hosts;
+using Support::Arrival;
+using Support::Bytes;
 
 constexpr std::size_t hostCount = 10'000;
 
@@ -29,8 +29,8 @@ struct Setting {
     }
 
     Bench::VethPair const link;
-    Bench::PacketEnd far{ link.farNs, Bench::VethPair::farDevice };
-    Bench::PacketEnd bare{ link.nearNs, Bench::VethPair::nearDevice };
+    Support::PacketEnd far{ link.farNs, Bench::VethPair::farDevice };
+    Support::PacketEnd bare{ link.nearNs, Bench::VethPair::nearDevice };
     Kiv::ActivitySm& activity = Kiv::defaultActivity()->activitySm();
     std::optional<Hosts> hosts;
 };
@@ -63,7 +63,7 @@ framesOf( std::vector<Arrival> const& arrivals ) {
 double
 bareRate( Setting& setting, std::vector<Arrival> const& arrivals, bool fromStart ) {
     std::vector<Bytes> const frames = framesOf( arrivals );
-    double const start = Bench::wallClock();
+    double const start = Support::wallClock();
     setting.bare.sendAll( frames );
     auto const theirs = oneOfEach( setting.far.takeAll(), "the bare sender" );
     return rate( theirs, fromStart ? start : theirs.front().time );
@@ -110,7 +110,7 @@ measureJoins( Bench::Figures& figures, unsigned runs ) {
     Setting setting( { hostCount, Igmp::igmpVersion2, 0 } );
     std::vector<double> ours, theirs;
     for ( unsigned i = 0; i < runs; ++i ) {
-        double const start = Bench::wallClock();
+        double const start = Support::wallClock();
         for ( std::size_t host = 0; host < hostCount; ++host ) {
             Hosts::join( setting.hosts->host( host ), i, 0 );
         }

@@ -1,4 +1,4 @@
-#include "bench/rivals/PacketEnd.h"
+#include "tests/support/PacketEnd.h"
 
 #include <linux/if_packet.h>
 #include <net/ethernet.h>
@@ -15,7 +15,7 @@
 #include "platform/zornet/device/IgmpFilter.h"
 #include "platform/zornet/device/NamespaceEntry.h"
 
-namespace Bench {
+namespace Support {
 
 namespace {
 
@@ -57,7 +57,7 @@ wallClock() {
     return secondsOf( time );
 }
 
-PacketEnd::PacketEnd( Support::Namespace const& ns, char const* device ) {
+PacketEnd::PacketEnd( Namespace const& ns, char const* device ) {
     Zornet::NamespaceEntry const entry( ns.ns() );
     socket_ = Zornet::FileDescriptor( socket( AF_PACKET, SOCK_RAW | SOCK_NONBLOCK | SOCK_CLOEXEC, 0 ) );
     setUp( socket_.get() );
@@ -80,6 +80,7 @@ PacketEnd::take( Arrival& arrival ) {
     msg.msg_iovlen = 1;
     msg.msg_control = control;
     msg.msg_controllen = sizeof control;
+    errno = 0;
     ssize_t const bytes = recvmsg( socket_.get(), &msg, 0 );
     if ( bytes < 0 ) {
         return false;
@@ -99,9 +100,11 @@ std::vector<Arrival>
 PacketEnd::takeAll() {
     std::vector<Arrival> arrivals;
     Arrival arrival{};
-    while ( take( arrival ) ) {
-        arrivals.push_back( arrival );
-    }
+    do {
+        if ( take( arrival ) ) {
+            arrivals.push_back( arrival );
+        }
+    } while ( errno != EAGAIN ); // a device that has gone is told once, before the rest
     return arrivals;
 }
 
@@ -127,4 +130,4 @@ PacketEnd::send( std::span<Zornet::U8 const> frame ) {
     return sendto( socket_.get(), frame.data(), frame.size(), 0, nullptr, 0 ) >= 0;
 }
 
-} // namespace Bench
+} // namespace Support

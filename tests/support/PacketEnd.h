@@ -3,13 +3,13 @@
 #include <span>
 #include <vector>
 
-#include "platform/zornet/IpAddr.h"
 #include "platform/zornet/device/FileDescriptor.h"
+#include "tests/support/Frames.h"
 #include "tests/support/Namespace.h"
 
-namespace Bench {
+namespace Support {
 
-using Bytes = std::vector<Zornet::U8>;
+using Lab::Bytes;
 
 /// An IGMP frame with the kernel's stamp of its arrival, in seconds of the wall clock.
 struct Arrival {
@@ -26,7 +26,7 @@ double wallClock();
 class PacketEnd {
   public:
     /// Raises std::runtime_error where the device cannot be opened.
-    PacketEnd( Support::Namespace const& ns, char const* device );
+    PacketEnd( Namespace const& ns, char const* device );
 
     /// Everything that has arrived.
     std::vector<Arrival> takeAll();
@@ -41,4 +41,4 @@ class PacketEnd {
     Zornet::FileDescriptor socket_;
 };
 
-} // namespace Bench
+} // namespace Support
