@@ -2,15 +2,13 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <functional>
 #include <map>
 #include <sstream>
 
 #include "engine/IgmpHostDirSm.h"
 #include "lab/Querier.h"
+#include "tests/support/Child.h"
 #include "tests/support/Namespace.h"
 #include "tests/support/WireTap.h"
 
@@ -63,45 +61,6 @@ runQueriers( Zornet::NamespaceName const& ns, std::ostream& out ) {
     }
 }
 
-/// A child process that runs `work` and whose output is read once it has ended.
-class Child {
-  public:
-    explicit Child( std::function<void( std::ostream& )> const& work ) {
-        int ends[2];
-        EXPECT_EQ( pipe( ends ), 0 );
-        pid_ = fork();
-        if ( pid_ == 0 ) {
-            std::ostringstream out;
-            work( out );
-            std::string const text = out.str();
-            bool const written =
-                write( ends[1], text.data(), text.size() ) == static_cast<ssize_t>( text.size() );
-            _exit( written ? 0 : 1 );
-        }
-        close( ends[1] );
-        output_ = ends[0];
-    }
-    ~Child() {
-        close( output_ );
-        waitpid( pid_, nullptr, 0 );
-    }
-    Child( Child const& ) = delete;
-    Child& operator=( Child const& ) = delete;
-
-    std::string output() {
-        std::string text;
-        char part[4096];
-        for ( ssize_t bytes; ( bytes = read( output_, part, sizeof part ) ) > 0; ) {
-            text.append( part, static_cast<std::size_t>( bytes ) );
-        }
-        return text;
-    }
-
-  private:
-    pid_t pid_ = -1;
-    int output_ = -1;
-};
-
 void
 addHost( IgmpHostDir& dir, Zornet::NamespaceName const& ns, U16 vlan ) {
     Kiv::Ptr<IgmpHost> const host = dir.igmpHostIs( Kiv::Name( "vlan-" + std::to_string( vlan ) ) );
@@ -137,7 +96,7 @@ TEST( VlanQueriers, EachVlansQuerierLearnsItsHostsGroupsAndNoOthers ) {
     Support::Namespace const near( "vlan-near" );
     Support::Namespace const distant( "vlan-far" );
     Support::vethIs( near, "near", distant, "far" );
-    Child queriers( [&]( std::ostream& out ) { runQueriers( distant.ns(), out ); } );
+    Support::Child queriers( [&]( std::ostream& out ) { runQueriers( distant.ns(), out ); } );
 
     Support::WireTap tap( distant, "far" );
     Kiv::Ptr<Lumo::TimerWheel> const wheel( new Lumo::TimerWheel );
