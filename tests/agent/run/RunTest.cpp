@@ -176,14 +176,16 @@ TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {
 TEST_F( Run, DeviceThatGoesAwayIsToldAndTakenUpAgain ) {
     cableIs();
     AgentProcess agent( { "run", scenario() } );
-    ASSERT_TRUE( hasBegun( agent ) );
     std::string const device = "device near0 in " + near_->name();
+    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, "igmphost: " + device + ": running\n" ) );
     near_->ip( "link del near0" );
     ASSERT_TRUE( agent.waitFor(
         AgentProcess::errors, "igmphost: error: " + device + ": no such device; waiting for it\n"
     ) );
     cableIs();
-    EXPECT_TRUE( agent.waitFor( AgentProcess::errors, "igmphost: " + device + ": running\n" ) );
+    EXPECT_TRUE(
+        agent.waitFor( AgentProcess::errors, "; waiting for it\nigmphost: " + device + ": running\n" )
+    );
     agent.signal( SIGTERM );
     EXPECT_EQ( agent.exitStatus(), 0 );
 }

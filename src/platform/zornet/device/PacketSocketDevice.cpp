@@ -109,10 +109,10 @@ PacketSocketDevice::leave() {
         watching_ = false;
         links_->watchDel( name() );
     }
-    problem_.clear();
+    problem_.reset();
 }
 
-/// Tells once of what keeps the device from running; the empty text says that nothing does any more.
+/// Tells once of what keeps the device from running; the empty text says that nothing does.
 void
 PacketSocketDevice::problemIs( std::string const& problem ) {
     if ( problem == problem_ ) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/kiv/Activity.h"
@@ -59,7 +60,7 @@ class PacketSocketDevice : public Device,
     Kiv::Ptr<LinkMonitor> const links_;
     Kiv::Ptr<Kiv::ActivityConfig> const activity_;
     bool watching_ = false;
-    std::string problem_; ///< why there are no sockets, as last told
+    std::optional<std::string> problem_; ///< why there are no sockets, as last told; empty where there are
     Kiv::Ptr<PacketSocket> socket_;
     std::unique_ptr<SendBatch> batch_; ///< while there are sockets
     Hindrance hindrance_ = Hindrance::none;
