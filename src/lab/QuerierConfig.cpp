@@ -8,13 +8,6 @@ namespace {
 
 constexpr Seconds tenth = 0.1;
 
-void
-require( bool holds, char const* text ) {
-    if ( !holds ) {
-        Kiv::throwRangeException( text );
-    }
-}
-
 /// The greatest time that a Max Resp Code can tell, in seconds.
 Seconds
 greatestResponseTime( U8 version ) {
@@ -23,9 +16,15 @@ greatestResponseTime( U8 version ) {
 
 } // namespace
 
-void
-QuerierConfig::check() const {
+std::vector<char const*>
+QuerierConfig::faults() const {
     Seconds const greatest = greatestResponseTime( version );
+    std::vector<char const*> found;
+    auto const require = [&]( bool holds, char const* text ) {
+        if ( !holds ) {
+            found.push_back( text );
+        }
+    };
     require( version >= 1 && version <= 3, "QuerierConfig::version < 1 or > 3 not allowed" );
     require( !ipAddr.isZero() && !ipAddr.isMulticast(), "QuerierConfig::ipAddr must be a unicast address" );
     require( mtu >= 68 && mtu <= 65535, "QuerierConfig::mtu < 68 or > 65535 not allowed" );
@@ -48,6 +47,14 @@ QuerierConfig::check() const {
     require( startupQueryInterval() > 0.0, "QuerierConfig::startupQueryInterval must be above 0" );
     require( startupQueryCount() >= 1, "QuerierConfig::startupQueryCount < 1 not allowed" );
     require( lastMemberQueryCount() >= 1, "QuerierConfig::lastMemberQueryCount < 1 not allowed" );
+    return found;
+}
+
+void
+QuerierConfig::check() const {
+    if ( std::vector<char const*> const found = faults(); !found.empty() ) {
+        Kiv::throwRangeException( found.front() );
+    }
 }
 
 } // namespace Lab

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "platform/bridging/VlanId.h"
 #include "platform/zornet/EthAddr.h"
@@ -64,7 +65,9 @@ struct QuerierConfig {
     /// How long a membership lasts after a leave that nobody contradicts.
     Seconds lastMemberQueryTime() const { return lastMemberQueryCount() * lastMemberQueryInterval; }
 
-    /// Raises RangeException, with the name of the variable, for a value with which no querier can work.
+    /// A text, with the name of the variable, for each value with which no querier can work.
+    std::vector<char const*> faults() const;
+    /// Raises RangeException with the first of them.
     void check() const;
 };
 

@@ -1,5 +1,5 @@
 /// Scenario files: whatever is in one, it is read or refused with a place for each complaint, and what was
-/// read can be summed up and looked through for warnings.
+/// read can be summed up; either way it can be looked through for warnings.
 
 #include <sstream>
 
@@ -27,8 +27,8 @@ readAndLookThrough( std::string const& text ) {
         Agent::ScenarioSummary const summary = Agent::summaryOf( scenario );
         Fuzz::require( summary.hosts == scenario.hostCount(), "each host is summed up" );
         Fuzz::require( summary.allHosts <= Agent::mostHosts, "the number of hosts is bounded" );
-        print( Agent::scenarioWarnings( scenario ), scenario );
     }
+    print( Agent::scenarioWarnings( scenario ), scenario );
 }
 
 } // namespace

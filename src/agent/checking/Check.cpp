@@ -159,9 +159,7 @@ check( CheckOptions const& options ) {
     Outcome outcome;
     outcome.scenario = readScenario( options.scenarioFiles, outcome.errors );
     outcome.scenario.shard = options.shard.value_or( outcome.scenario.shard );
-    if ( outcome.errors.empty() ) {
-        outcome.warnings = scenarioWarnings( outcome.scenario );
-    }
+    outcome.warnings = scenarioWarnings( outcome.scenario );
     if ( options.json ) {
         writeJson( std::cout, outcome );
     } else {

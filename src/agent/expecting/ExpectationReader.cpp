@@ -36,10 +36,12 @@ class ExpectationReader {
     void readStatus( YamlField const& field );
     void readMembership( YamlField const& field );
     void readMembershipKey( YamlField const& field, MembershipCondition& condition );
-    void finish();
+    void finish( bool allKeysKnown );
 
     ScenarioFile& file_;
     Expectation expectation_;
+    bool hasTime_ = false;
+    bool hasStatus_ = false;
     std::optional<YamlField> within_;
     std::optional<YamlField> hosts_;
     std::optional<YamlField> total_;
@@ -48,12 +50,8 @@ class ExpectationReader {
 Expectation
 ExpectationReader::read( YamlField const& entry ) {
     static KeySet const keys = keySet( "an expectation", expectationKeys(), statusAttributes() );
-    std::size_t const errorsBefore = file_.yaml.errors().size();
     expectation_.at = entry.at;
-    file_.yaml.readMap( entry, keys, [this]( YamlField const& field ) { readKey( field ); } );
-    if ( file_.yaml.errors().size() == errorsBefore ) {
-        finish();
-    }
+    finish( file_.yaml.readMap( entry, keys, [this]( YamlField const& field ) { readKey( field ); } ) );
     return std::move( expectation_ );
 }
 
@@ -62,6 +60,7 @@ ExpectationReader::readKey( YamlField const& field ) {
     if ( field.key == "name" ) {
         readText( field, expectation_.name );
     } else if ( field.key == "at" ) {
+        hasTime_ = true;
         expectation_.time = file_.yaml.readParsed( field, notNegativeSeconds );
     } else if ( field.key == "within" ) {
         within_ = field;
@@ -91,6 +90,7 @@ ExpectationReader::readText( YamlField const& field, std::string& text ) {
 
 void
 ExpectationReader::readStatus( YamlField const& field ) {
+    hasStatus_ = true;
     Kiv::Attribute const* const row = Kiv::findAttribute( Igmp::IgmpHostStatus::attributes(), field.key );
     auto const comparison = file_.yaml.readParsed( field, [&]( std::string_view text ) {
         return std::optional( Comparison( *row->type, text ) );
@@ -141,20 +141,21 @@ ExpectationReader::readMembershipKey( YamlField const& field, MembershipConditio
     }
 }
 
+/// A key that is not known may be what is missing, misspelt.
 void
-ExpectationReader::finish() {
-    if ( expectation_.status.empty() && expectation_.memberships.empty() ) {
+ExpectationReader::finish( bool allKeysKnown ) {
+    if ( !hasStatus_ && expectation_.memberships.empty() && allKeysKnown ) {
         file_.yaml.error(
             expectation_.at,
             "missing condition in an expectation; expected an attribute of a host's status such as "
             "v2ReportsSent, or querier or bridge"
         );
     }
-    if ( within_ && !expectation_.time ) {
+    if ( within_ && !hasTime_ && allKeysKnown ) {
         file_.yaml.error( within_->at, "within: expected at beside it, found none" );
     }
     for ( auto const& field : { hosts_, total_ } ) {
-        if ( field && expectation_.status.empty() ) {
+        if ( field && !hasStatus_ && allKeysKnown ) {
             file_.yaml.error( field->at, field->key + ": goes with attributes of a host's status" );
         }
     }

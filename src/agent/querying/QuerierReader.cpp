@@ -107,14 +107,11 @@ readQuerier( ScenarioFile& file, YamlField const& field ) {
         config.queryResponseInterval = std::min( config.queryResponseInterval, config.queryInterval / 2 );
     }
     if ( file.yaml.errors().size() == errorsBefore ) {
-        try {
-            config.check();
-            return reading.spec;
-        } catch ( Kiv::RangeException const& fault ) {
-            file.yaml.error( field.at, std::string( "querier: " ) + fault.what() );
+        for ( char const* const fault : config.faults() ) {
+            file.yaml.error( field.at, std::string( "querier: " ) + fault );
         }
     }
-    return {};
+    return file.yaml.errors().size() == errorsBefore ? std::optional( reading.spec ) : std::nullopt;
 }
 
 } // namespace Agent

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <unordered_set>
 
 #include "agent/scenario/Scenario.h"
 #include "agent/scenario/Suggestion.h"
@@ -194,8 +195,9 @@ HostFinder::unknown( std::string const& name ) const {
         return "hosts: expected a pattern that the name of a host matches, found '" + name + "'";
     }
     std::vector<std::string_view> names;
+    std::unordered_set<std::string_view> known{ "" }; // where it is missing or repeated, that has been told
     for ( U32 entry = 0; entry < std::min( scenario_.hosts.size(), mostToSearch ); ++entry ) {
-        if ( !scenario_.hosts[entry].name.empty() ) { // where it is missing, that has been told
+        if ( known.insert( scenario_.hosts[entry].name ).second ) {
             names.emplace_back( scenario_.hosts[entry].name );
         }
     }

@@ -39,7 +39,8 @@ struct HostSpec {
     U16 vlanStep = 0;
     Settings settings;
     std::vector<GroupSpec> groups;
-    bool later = false; ///< not there at the start: an event adds them
+    bool later = false;  ///< not there at the start: an event adds them
+    bool faulty = false; ///< an error has been told of it, or of the defaults that it takes
     Position at;
 };
 

@@ -46,6 +46,7 @@ class Reading {
     Diagnostics& errors_;
     AddressFiles addressFiles_{ scenario_.files, errors_ };
     HostNames hostNames_;
+    bool defaultsFaulty_ = false;
     std::map<std::string, Position> single_; ///< where keys stand that one file alone may have
 };
 
@@ -121,11 +122,13 @@ Reading::readHosts( ScenarioFile& file, YamlField const& field ) {
 void
 Reading::readDefaults( ScenarioFile& file, YamlField const& field ) {
     static KeySet const keys = keySet( "the defaults of hosts", {}, settableHostAttributes() );
+    std::size_t const errorsBefore = errors_.size();
     file.yaml.readMap( field, keys, [&]( YamlField const& setting ) {
         if ( isFirst( file, setting ) ) {
             readSetting( file.yaml, setting, settableHostAttributes(), scenario_.defaults );
         }
     } );
+    defaultsFaulty_ = defaultsFaulty_ || errors_.size() != errorsBefore;
 }
 
 void
@@ -171,7 +174,9 @@ Reading::isFirst( ScenarioFile& file, YamlField const& field ) {
 void
 Reading::finish( HostSpec& host ) {
     applyDefaults( scenario_.defaults, host );
+    std::size_t const errorsBefore = errors_.size();
     checkSteps( host, errors_ );
+    host.faulty = host.faulty || defaultsFaulty_ || errors_.size() != errorsBefore;
     if ( auto const clash = host.name.empty() ? std::nullopt : hostNames_.take( host ) ) {
         errors_.addRepetition( host.at, "host '" + clash->name + "'", clash->first, scenario_.files );
     }
@@ -184,6 +189,7 @@ Reading::take() {
     for ( HostSpec& host : scenario_.hosts ) {
         finish( host );
         U64 const before = std::exchange( hosts, hosts + host.count );
+        host.faulty = host.faulty || hosts > mostHosts;
         if ( before <= mostHosts && hosts > mostHosts ) {
             errors_.add(
                 host.at, "expected at most " + std::to_string( mostHosts ) + " hosts in all, found " +

@@ -1,5 +1,6 @@
 #include "agent/scenario/Warnings.h"
 
+#include "agent/scenario/warnings/EventAddresses.h"
 #include "agent/scenario/warnings/EventWarnings.h"
 #include "agent/scenario/warnings/GroupWarnings.h"
 #include "agent/scenario/warnings/HostWarnings.h"
@@ -12,12 +13,16 @@ scenarioWarnings( Scenario const& scenario ) {
     Diagnostics warnings;
     LinkWarnings link( scenario, warnings );
     for ( HostSpec const& host : scenario.hosts ) {
+        if ( host.faulty ) {
+            continue;
+        }
         GroupDigest const groups( host.groups );
         HostWarnings( host, groups, warnings ).check();
         GroupWarnings( host, groups, warnings ).check();
         link.check( host );
     }
     EventWarnings( scenario, warnings ).check();
+    EventAddresses( scenario, link, warnings ).check();
     if ( scenario.hostCount() == 0 && !scenario.hosts.empty() ) {
         warnings.add(
             { 0 }, "shard: share " + std::to_string( scenario.shard.number ) + " of " +

@@ -26,6 +26,7 @@ struct Event {
     Kiv::Seconds endTime() const;
 
     Position at;
+    bool faulty = false; ///< an error has been told of it
     EventAction action = EventAction::enable;
     Kiv::Seconds time = 0.0;         ///< of the first step
     std::vector<Kiv::Seconds> spans; ///< from each step to the next, over and over; empty for a single step

@@ -67,10 +67,14 @@ class EventReader {
     void readAdded( YamlField const& host );
     void readZap( YamlField const& field );
     void readFlap( YamlField const& field );
-    Seconds readSpan( YamlField const& field );
+    std::optional<Seconds> readSpan( YamlField const& field ) {
+        return file_.yaml.readParsed( field, durationOf );
+    }
+    void spansAre( std::initializer_list<std::optional<Seconds>> spans );
 
-    void finish();
-    void finishRepetition();
+    void finish( bool allKeysKnown );
+    void tellMissingAction();
+    void checkRhythm();
     void error( YamlField const& field, std::string const& text ) {
         file_.yaml.error( field.at, field.key + ": " + text );
     }
@@ -82,6 +86,7 @@ class EventReader {
     std::optional<YamlField> times_;
     std::optional<YamlField> jitter_;
     std::optional<YamlField> hosts_;
+    bool spansKnown_ = true; ///< none of them had an error, or was missing
     bool addsHosts_ = false;
     U64 repeats_ = 0;
 };
@@ -91,11 +96,9 @@ EventReader::read( YamlField const& entry ) {
     static KeySet const keys = keySet( "an event", eventKeys() );
     std::size_t const errorsBefore = file_.yaml.errors().size();
     event_.at = entry.at;
-    file_.yaml.readMap( entry, keys, [this]( YamlField const& field ) { readKey( field ); } );
-    if ( file_.yaml.errors().size() == errorsBefore ) {
-        finish();
-    }
-    if ( file_.yaml.errors().size() != errorsBefore ) {
+    finish( file_.yaml.readMap( entry, keys, [this]( YamlField const& field ) { readKey( field ); } ) );
+    event_.faulty = file_.yaml.errors().size() != errorsBefore;
+    if ( event_.faulty ) {
         // Its time may be the error: hosts are not to be missed on its account.
         event_.time = event_.action == EventAction::add ? 0.0 : Kiv::never;
     }
@@ -127,6 +130,8 @@ EventReader::readKey( YamlField const& field ) {
         readTiming( field );
     } else if ( action_ ) {
         error( field, "expected one action in an event, found " + action_->key + " too" );
+        spansKnown_ = false;
+        ( this->*action->read )( field );
     } else {
         action_ = field;
         event_.action = action->action;
@@ -140,7 +145,7 @@ EventReader::readTiming( YamlField const& field ) {
         event_.time = file_.yaml.readParsed( field, notNegativeSeconds ).value_or( 0.0 );
     } else if ( field.key == "every" ) {
         every_ = field;
-        event_.spans = { readSpan( field ) };
+        spansAre( { readSpan( field ) } );
     } else if ( field.key == "times" ) {
         times_ = field;
         repeats_ = file_.yaml.readWhole( field, 1, std::numeric_limits<U32>::max() ).value_or( 1 );
@@ -155,9 +160,13 @@ EventReader::readTiming( YamlField const& field ) {
     }
 }
 
-Seconds
-EventReader::readSpan( YamlField const& field ) {
-    return file_.yaml.readParsed( field, durationOf ).value_or( 1.0 );
+void
+EventReader::spansAre( std::initializer_list<std::optional<Seconds>> spans ) {
+    event_.spans.clear();
+    for ( std::optional<Seconds> const& span : spans ) {
+        event_.spans.push_back( span.value_or( 1.0 ) );
+        spansKnown_ = spansKnown_ && span;
+    }
 }
 
 void
@@ -184,7 +193,9 @@ EventReader::readSettings( YamlField const& field ) {
 
 void
 EventReader::readLeave( YamlField const& field ) {
-    if ( !field.value.IsScalar() || field.value.Scalar() != "all" ) {
+    if ( field.value.IsNull() ) {
+        error( field, "expected all, or groups, found nothing" );
+    } else if ( !field.value.IsScalar() || field.value.Scalar() != "all" ) {
         readGroupList( field );
     }
 }
@@ -213,7 +224,7 @@ EventReader::readAdded( YamlField const& host ) {
 void
 EventReader::readZap( YamlField const& field ) {
     static KeySet const keys = keySet( "a zap", zapKeys() );
-    Seconds dwell = 1.0;
+    std::optional<Seconds> dwell;
     file_.yaml.readMap( field, keys, [&]( YamlField const& key ) {
         if ( key.key == "groups" ) {
             readGroupList( key );
@@ -223,14 +234,14 @@ EventReader::readZap( YamlField const& field ) {
             event_.spread = std::any_cast<bool>( *spread );
         }
     } );
-    event_.spans = { dwell };
+    spansAre( { dwell } );
 }
 
 void
 EventReader::readFlap( YamlField const& field ) {
     static KeySet const keys = keySet( "a flap", flapKeys() );
-    Seconds down = 1.0;
-    Seconds up = 1.0;
+    std::optional<Seconds> down;
+    std::optional<Seconds> up;
     file_.yaml.readMap( field, keys, [&]( YamlField const& key ) {
         if ( key.key == "groups" ) {
             readGroupList( key );
@@ -238,49 +249,55 @@ EventReader::readFlap( YamlField const& field ) {
             ( key.key == "down" ? down : up ) = readSpan( key );
         }
     } );
-    event_.spans = { down, up };
+    spansAre( { down, up } );
 }
 
+/// A key that is not known may be what is missing, misspelt.
 void
-EventReader::finish() {
-    if ( !action_ ) {
-        std::string text;
-        for ( KeyRow const& key : eventKeys() ) {
-            if ( actionOf( key.name ) ) {
-                text += ( text.empty() ? "" : ", " ) + std::string( key.name );
-            }
-        }
-        file_.yaml.error( event_.at, "missing action in an event; expected one of " + text );
-        return;
+EventReader::finish( bool allKeysKnown ) {
+    if ( !action_ && allKeysKnown ) {
+        tellMissingAction();
     }
     if ( addsHosts_ && hosts_ ) {
         error( *hosts_, "does not go with add of hosts that are described there" );
     }
-    finishRepetition();
+    if ( times_ && event_.spans.empty() && allKeysKnown && spansKnown_ ) {
+        error( *times_, "expected every, zap or flap beside it, found none" );
+    }
+    checkRhythm();
+    if ( event_.spans.empty() ) {
+        event_.steps = 1;
+    } else if ( times_ ) {
+        event_.steps = repeats_ * event_.spans.size();
+    }
 }
 
 void
-EventReader::finishRepetition() {
+EventReader::tellMissingAction() {
+    std::string text;
+    for ( KeyRow const& key : eventKeys() ) {
+        if ( actionOf( key.name ) ) {
+            text += ( text.empty() ? "" : ", " ) + std::string( key.name );
+        }
+    }
+    file_.yaml.error( event_.at, "missing action in an event; expected one of " + text );
+}
+
+void
+EventReader::checkRhythm() {
     bool const hasOwnRhythm = event_.action == EventAction::zap || event_.action == EventAction::flap;
     if ( every_ && hasOwnRhythm ) {
         error(
             *every_, std::string( "does not go with " ) + actionName( event_.action ) + ", which has its own"
         );
-    }
-    if ( times_ && event_.spans.empty() ) {
-        error( *times_, "expected every, zap or flap beside it, found none" );
-    }
-    auto const shortest = std::min_element( event_.spans.begin(), event_.spans.end() );
-    if ( jitter_ && shortest != event_.spans.end() && event_.jitter > *shortest ) {
-        error(
-            *jitter_, "expected at most the " + Kiv::ValueTraits<double>::format( *shortest ) +
-                          " s to the next step, found '" + jitter_->value.Scalar() + "'"
-        );
-    }
-    if ( event_.spans.empty() ) {
-        event_.steps = 1;
-    } else if ( times_ ) {
-        event_.steps = repeats_ * event_.spans.size();
+    } else if ( jitter_ && spansKnown_ && !event_.spans.empty() ) {
+        Seconds const shortest = *std::min_element( event_.spans.begin(), event_.spans.end() );
+        if ( event_.jitter > shortest ) {
+            error(
+                *jitter_, "expected at most the " + Kiv::ValueTraits<double>::format( shortest ) +
+                              " s to the next step, found '" + jitter_->value.Scalar() + "'"
+            );
+        }
     }
 }
 

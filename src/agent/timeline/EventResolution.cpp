@@ -67,12 +67,14 @@ checkTime( Scenario const& scenario, Event const& event, Soonest& soonest, Diagn
 
 void
 resolve( Event& event, HostFinder& finder, Diagnostics& errors ) {
+    std::size_t const errorsBefore = errors.size();
     event.selection = finder.find( event.hosts, errors );
     if ( event.selection.count() != 0 ) {
         constexpr U64 most = std::numeric_limits<U32>::max();
         event.values.count = static_cast<U32>( std::min( event.selection.count(), most ) );
         checkSteps( event.values, errors );
     }
+    event.faulty = event.faulty || errors.size() != errorsBefore;
 }
 
 } // namespace

@@ -26,7 +26,7 @@ stringValue( AllowedTrafficDirection direction ) {
 
 AllowedTrafficDirection
 allowedTrafficDirection( std::string_view text ) {
-    return enumParse( names, typeName, text );
+    return enumParse<AllowedTrafficDirection>( names, typeName, text );
 }
 
 AllowedTrafficDirection

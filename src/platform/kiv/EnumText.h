@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,17 +39,23 @@ enumTexts( EnumName<E> const ( &names )[count], std::vector<std::string> texts =
     return texts;
 }
 
-/// The enumerator of that text. Raises RangeException naming the texts of the table for any other.
-template <class E, std::size_t count>
+/// The enumerator of that text, which may stand in either table. Raises RangeException naming the texts of
+/// both for any other.
+template <class E>
 E
-enumParse( EnumName<E> const ( &names )[count], char const* typeName, std::string_view text ) {
+enumParse(
+    std::span<EnumName<E> const> names, char const* typeName, std::string_view text,
+    std::span<EnumName<E> const> shortNames = {}
+) {
     std::string known;
-    for ( EnumName<E> const& name : names ) {
-        if ( text == name.text ) {
-            return name.value;
+    for ( std::span<EnumName<E> const> const table : { shortNames, names } ) {
+        for ( EnumName<E> const& name : table ) {
+            if ( text == name.text ) {
+                return name.value;
+            }
+            known += known.empty() ? " " : ", ";
+            known += name.text;
         }
-        known += known.empty() ? " " : ", ";
-        known += name.text;
     }
     throwExpected( std::string( typeName ) + ", one of" + known, text );
 }

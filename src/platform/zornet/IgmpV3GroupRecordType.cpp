@@ -21,6 +21,12 @@ constexpr Kiv::EnumName<Type> names[] = {
     { Type::BLOCK_OLD_SOURCES, "BLOCK_OLD_SOURCES" },
 };
 
+/// What a person may write instead.
+constexpr Kiv::EnumName<Type> shortNames[] = {
+    { Type::MODE_IS_INCLUDE, "include" },
+    { Type::MODE_IS_EXCLUDE, "exclude" },
+};
+
 } // namespace
 
 Kiv::String8
@@ -36,10 +42,7 @@ igmpV3GroupRecordType( std::string_view text ) {
         text.remove_suffix( 1 );
         return Type{ Kiv::ValueTraits<U8>::parse( text ) };
     }
-    if ( text == "include" || text == "exclude" ) {
-        return text == "include" ? Type::MODE_IS_INCLUDE : Type::MODE_IS_EXCLUDE;
-    }
-    return enumParse( names, typeName, text );
+    return enumParse<Type>( names, typeName, text, shortNames );
 }
 
 Kiv::String8
@@ -56,5 +59,5 @@ operator<<( std::ostream& out, IgmpV3GroupRecordType type ) {
 
 std::vector<std::string>
 Kiv::ValueTraits<Zornet::IgmpV3GroupRecordType>::texts() {
-    return enumTexts( Zornet::names, { "include", "exclude" } );
+    return enumTexts( Zornet::names, enumTexts( Zornet::shortNames ) );
 }

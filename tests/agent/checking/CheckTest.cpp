@@ -107,6 +107,38 @@ TEST_F( CheckVerb, EveryErrorIsTold ) {
     );
 }
 
+constexpr char mixed[] = R"(
+hosts:
+  - { name: a, ipAddr: 10.0.0.1, macAddr: 02:00:00:00:00:01, deviceName: eth0, robustness: 0 }
+  - { name: b, robustness: 0, groups: { multicastAddr: 239.1.1.1, filterMode: excluded } }
+events:
+  - { at: 1, hosts: a, set: { mtu: 20 } }
+  - { at: 1, hosts: a, set: { mtu: 19, robustness: many } }
+)";
+
+/// What has an error itself is not looked at: its missing value would draw warnings of its own.
+TEST_F( CheckVerb, WarningsAreToldBesideErrors ) {
+    EXPECT_EQ( check( mixed ), 2 );
+    EXPECT_EQ(
+        errors_, "s.yaml:4:79: error: filterMode: expected IgmpV3GroupRecordType, one of include, exclude, "
+                 "MODE_IS_INCLUDE, MODE_IS_EXCLUDE, CHANGE_TO_INCLUDE_MODE, CHANGE_TO_EXCLUDE_MODE, "
+                 "ALLOW_NEW_SOURCES, BLOCK_OLD_SOURCES, found 'excluded'\n"
+                 "s.yaml:7:52: error: robustness: expected U32, a whole number from 0 to 4294967295, found "
+                 "'many'\n"
+                 "s.yaml:3:92: warning: robustness: 0 ends the process when sources change in version 3\n"
+                 "s.yaml:6:36: warning: mtu: below 58, headers and a record with a source, a report ends the "
+                 "process\n"
+    );
+    EXPECT_EQ( check( mixed, { "--json" } ), 2 );
+    EXPECT_EQ( nlohmann::json::parse( output_ ).at( "errors" ).size(), 2U );
+    EXPECT_EQ( nlohmann::json::parse( output_ ).at( "warnings" ).size(), 2U );
+}
+
+TEST_F( CheckVerb, FaultyDefaultsDrawNoWarningsOfHosts ) {
+    EXPECT_EQ( check( "defaults: { deviceName: eth0, macAddr: none }\nhosts: [ { name: a } ]\n" ), 2 );
+    EXPECT_THAT( errors_, ::testing::Not( ::testing::HasSubstr( "warning" ) ) );
+}
+
 TEST_F( CheckVerb, JsonHasErrorsAndWarningsWithTheirPlaces ) {
     EXPECT_EQ( check( "hosts: [ { name: a, mtu: x } ]", { "--json" } ), 2 );
     auto const error = nlohmann::json::parse( output_ ).at( "errors" ).at( 0 );

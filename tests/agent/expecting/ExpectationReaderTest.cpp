@@ -71,6 +71,12 @@ TEST( ExpectationReader, KeysMustGoTogether ) {
         expectErrors( "{ querier: { groupCount: 3 }, within: soon }" ),
         ":3:16: error: querier: expected a querier in the scenario, found none\n"
         ":3:43: error: within: expected a number, found 'soon'\n"
+        ":3:43: error: within: expected at beside it, found none\n"
+    );
+    EXPECT_EQ(
+        expectErrors( "{ v2LeavesSent: many, totl: true, hosts: rx }" ),
+        ":3:21: error: v2LeavesSent: expected U32, a whole number from 0 to 4294967295, found 'many'\n"
+        ":3:27: error: unknown key 'totl' in an expectation; did you mean 'total'?\n"
     );
 }
 
@@ -91,6 +97,11 @@ TEST( ExpectationReader, QuerierHasItsVariables ) {
         ":4:12: error: unknown key 'devise' in a querier; did you mean 'device'?\n"
         ":4:36: error: igmpVersion: expected an IGMP version: 0 to 3 or igmpVersion1, igmpVersion2, "
         "igmpVersion3, found '4'\n"
+    );
+    EXPECT_EQ(
+        errorsOf( text + "{ device: x, ipAddr: 224.0.0.1, lastMember: 0.01 }\n" ),
+        ":4:10: error: querier: QuerierConfig::ipAddr must be a unicast address\n"
+        ":4:10: error: querier: QuerierConfig::lastMemberQueryInterval outside what a query can tell\n"
     );
 }
 

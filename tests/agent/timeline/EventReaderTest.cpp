@@ -54,6 +54,54 @@ TEST( EventReader, EveryErrorIsTold ) {
     );
 }
 
+TEST( EventReader, WhatDoesNotGoTogetherIsToldBesideOtherErrors ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: -1, times: 2, enable: true }" ),
+        ":3:11: error: at: expected a number of seconds, 0 or above, found '-1'\n"
+        ":3:22: error: times: expected every, zap or flap beside it, found none\n"
+    );
+    EXPECT_EQ(
+        eventErrors( "{ at: soon, every: 2, jitter: 2.5, rate: 0, hosts: rx }" ),
+        ":3:5: error: missing action in an event; expected one of set, join, leave, change, enable, disable, "
+        "add, delete, zap, flap\n"
+        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:35: error: jitter: expected at most the 2 s to the next step, found '2.5'\n"
+        ":3:46: error: rate: expected a rate above 0, such as 500/s, 30/min or 10/h, found '0'\n"
+    );
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, every: 2, flap: { down: 1, upp: 1 }, hosts: tx }" ),
+        ":3:21: error: every: does not go with flap, which has its own\n"
+        ":3:30: error: missing key 'up' in a flap\n"
+        ":3:41: error: unknown key 'upp' in a flap; did you mean 'up'?\n"
+        ":3:58: error: hosts: expected the name of a host, found 'tx'; did you mean 'rx'?\n"
+    );
+}
+
+TEST( EventReader, WhatMayBeMisspeltIsNotMissed ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, evry: 5, times: 3, enable: true }" ),
+        ":3:14: error: unknown key 'evry' in an event; did you mean 'every'?\n"
+    );
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, every: 0, jitter: 3, enable: true }" ),
+        ":3:21: error: every: expected a number of seconds above 0, found '0'\n"
+    );
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, jitter: 3, zap: { dwel: 5, groups: 239.1.1.1 } }" ),
+        ":3:30: error: missing key 'dwell' in a zap\n"
+        ":3:32: error: unknown key 'dwel' in a zap; did you mean 'dwell'?\n"
+    );
+}
+
+TEST( EventReader, SecondActionIsReadToo ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, enable: true, join: 239.1.1.300 }" ),
+        ":3:34: error: join: expected one action in an event, found enable too\n"
+        ":3:34: error: join: expected an IPv4 address such as 239.1.1.1, or a range such as 239.1.1.0/24 or "
+        "239.1.1.1-239.1.1.50, found '239.1.1.300'\n"
+    );
+}
+
 TEST( EventReader, ErrorOfAnEventHidesNoneOfItsHosts ) {
     EXPECT_EQ(
         eventErrors( "{ at: soon, hosts: [ rx-1, tx ], joyn: 239.1.1.1 }" ),
@@ -151,6 +199,12 @@ TEST( EventReader, HostsWithoutANameAreNotProposed ) {
         ":1:24: error: missing key 'name' in a host\n"
         ":2:27: error: hosts: expected the name of a host, found 'television'; expected one of rx\n"
     );
+    EXPECT_EQ(
+        errorsOf(
+            "hosts: [ { name: rx, count: 2 }, { name: rx } ]\nevents: [ { at: 1, hosts: tx-1, enable: } ]"
+        ),
+        ":2:27: error: hosts: expected the name of a host, found 'tx-1'; expected one of rx\n"
+    );
 }
 
 TEST( EventReader, HostsThatAreAddedMustBeThereInTime ) {
@@ -161,6 +215,12 @@ TEST( EventReader, HostsThatAreAddedMustBeThereInTime ) {
         ":4:21: error: hosts: expected hosts that are there at 4 s, found 'late', which is added at 5 s\n"
     );
     EXPECT_EQ( eventErrors( add + "  - { at: 4, disable: true }" ), "" );
+}
+
+TEST( EventReader, LeaveSaysWhat ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, leave: }" ), ":3:14: error: leave: expected all, or groups, found nothing\n"
+    );
 }
 
 TEST( EventReader, AddedHostsAreCheckedLikeTheOthers ) {

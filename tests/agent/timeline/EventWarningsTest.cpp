@@ -1,3 +1,5 @@
+#include "agent/scenario/warnings/EventWarnings.h"
+
 #include "tests/agent/scenario/ScenarioTexts.h"
 
 namespace Agent {
@@ -96,6 +98,156 @@ TEST( EventWarnings, WhatAnEventDoesToSomeHostsOfAnEntryIsNotThoughtOfAll ) {
         eventWarnings( "{ at: 5, hosts: rx-1, set: { igmpVersionForced: true } }\n"
                        "  - { at: 9, hosts: rx-2, set: { igmpVersion: 3 } }" ),
         ""
+    );
+}
+
+TEST( EventWarnings, WhatEventsDoToTheSameHostOfAnEntryIsKept ) {
+    constexpr char text[] =
+        "error: igmpVersionForced: with the host held at version 3, a version 2 query for "
+        "one of its groups ends the process\n";
+    EXPECT_EQ(
+        eventWarnings( "{ at: 5, hosts: rx-2, set: { igmpVersionForced: true } }\n"
+                       "  - { at: 6, hosts: rx-1, set: { mtu: 1000 } }\n"
+                       "  - { at: 9, hosts: [ rx-2, rx-3 ], set: { igmpVersion: 3 } }" ),
+        std::string( ":6:5: " ) + text
+    );
+    EXPECT_EQ(
+        eventWarnings( "{ at: 5, hosts: rx-2, set: { igmpVersionForced: true } }\n"
+                       "  - { at: 6, set: { igmpVersionForced: false } }\n"
+                       "  - { at: 9, set: { igmpVersion: 3 } }" ),
+        ""
+    );
+}
+
+/// Entries of so many kinds, with no warning of their own, and so many events that none deserves, but for the
+/// last kind of all.
+Scenario
+manyKinds( int kinds, int events ) {
+    std::string text = "defaults: { deviceName: eth0 }\nhosts:\n";
+    for ( int i = 1; i <= kinds; ++i ) {
+        std::string const number = std::to_string( i );
+        std::string const last = std::to_string( i / 250 ) + "." + std::to_string( i % 250 + 1 );
+        text += "  - { name: h" + number + ", ipAddr: 10.0." + last +
+                ", macAddr: '02:00:00:00:" + std::to_string( 10 + i / 90 ) + ":" +
+                std::to_string( 10 + i % 90 ) + "', mtu: " + std::to_string( 1000 + i ) +
+                ( i == kinds ? ", igmpVersion: 3" : "" ) + " }\n";
+    }
+    text += "events:\n";
+    for ( int i = 1; i <= events; ++i ) {
+        text += "  - { at: " + std::to_string( i ) + ", set: { igmpVersionForced: true } }\n";
+    }
+    return scenarioOf( text );
+}
+
+TEST( EventWarnings, LastOfAGreatManyKindsIsLookedAt ) {
+    Scenario const scenario = manyKinds( 500, 1 );
+    EXPECT_THAT(
+        linesOf( scenarioWarnings( scenario ) ), ::testing::HasSubstr( "igmpVersionForced: with the host" )
+    );
+}
+
+TEST( EventWarnings, WhatIsNotLookedAtIsTold ) {
+    Scenario const scenario = manyKinds( 50, 3 );
+    Diagnostics warnings;
+    EventWarnings( scenario, warnings, 20'000 ).check();
+    EXPECT_THAT(
+        linesOf( warnings ),
+        ::testing::HasSubstr(
+            ":54:5: error: events from 1 s on are not held against all hosts; they are too many together\n"
+        )
+    );
+}
+
+TEST( EventWarnings, LeaveOfWhatNobodyJoinsIsTold ) {
+    std::string const groups = ", groups: [ 239.1.1.1, 239.1.2.0/24 ]";
+    EXPECT_EQ(
+        eventWarnings( "{ at: 1, leave: [ 239.1.2.9, 239.1.1.2 ] }", groups ),
+        ":4:34: error: leave: none of the hosts is ever in group 239.1.1.2 before\n"
+    );
+    EXPECT_EQ(
+        eventWarnings( "{ at: 1, change: 239.1.3.0/30 }", groups ),
+        ":4:22: error: change: none of the hosts is ever in group 239.1.3.0 before\n"
+    );
+    EXPECT_EQ( eventWarnings( "{ at: 1, leave: all }" ), "" );
+}
+
+TEST( EventWarnings, EventsJoinWhatIsLeftLater ) {
+    std::string const leave = "{ at: 5, hosts: rx-1, leave: 239.1.1.2 }\n  - ";
+    EXPECT_EQ( eventWarnings( leave + "{ at: 5, join: 239.1.1.0/30 }" ), "" );
+    EXPECT_EQ(
+        eventWarnings( leave + "{ at: 1, zap: { groups: [ 239.1.1.1, 239.1.1.2 ], dwell: 5 } }" ), ""
+    );
+    std::string const told = ":4:34: error: leave: none of the hosts is ever in group 239.1.1.2 before\n";
+    EXPECT_EQ( eventWarnings( leave + "{ at: 6, join: 239.1.1.2 }" ), told );
+    EXPECT_EQ( eventWarnings( leave + "{ at: 1, hosts: [ rx-2, rx-3 ], join: 239.1.1.2 }" ), told );
+    EXPECT_EQ(
+        eventWarnings( "{ at: 5, every: 2, times: 2, leave: 239.1.1.2 }\n  - { at: 6, join: 239.1.1.2 }" ), ""
+    );
+}
+
+TEST( EventWarnings, CopiesOfATemplateMayBeLeft ) {
+    std::string const groups = ", groups: { multicastAddr: 239.1.1.1, replicate: true, replicateNumber: 5 }";
+    EXPECT_EQ( eventWarnings( "{ at: 1, leave: 239.1.1.5 }", groups ), "" );
+    EXPECT_NE( eventWarnings( "{ at: 1, leave: 239.1.1.6 }", groups ), "" );
+}
+
+constexpr char neighbours[] = R"(
+defaults: { deviceName: eth0, macAddr: 02:00:00:00:00:01 }
+hosts:
+  - { name: a, count: 3, ipAddr: 10.0.0.1 }
+  - { name: b, count: 3, ipAddr: 10.0.0.11, macAddr: 02:00:00:00:00:11 }
+  - { name: c, ipAddr: 10.0.0.2, macAddr: 02:00:00:00:00:02, deviceName: eth1 }
+events:
+)";
+
+std::string
+addressWarnings( std::string const& events ) {
+    return warningsOf( neighbours + events );
+}
+
+TEST( EventAddresses, AddressOfANeighbourIsTold ) {
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: b, set: { ipAddr: 10.0.0.3 } }\n" ),
+        ":8:39: error: ipAddr: 10.0.0.3 on eth0 is taken already, by host 'a-3' in line 4\n"
+    );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: b-2, set: { macAddr: '02:00:00:00:00:02' } }\n" ),
+        ":8:42: error: macAddr: 02:00:00:00:00:02 on eth0 is taken already, by host 'a-2' in line 4\n"
+    );
+    EXPECT_EQ( addressWarnings( "  - { at: 1, hosts: c, set: { ipAddr: 10.0.0.1 } }\n" ), "" );
+}
+
+TEST( EventAddresses, HostsMayMoveUpAndMakeRoom ) {
+    EXPECT_EQ( addressWarnings( "  - { at: 1, hosts: a, set: { ipAddr: 10.0.0.2 } }\n" ), "" );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 2, hosts: b-1, set: { ipAddr: 10.0.0.1 } }\n"
+                         "  - { at: 1, hosts: a, set: { ipAddr: 10.0.0.2 } }\n" ),
+        ""
+    );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: a-1, disable: true }\n"
+                         "  - { at: 2, hosts: b-1, set: { ipAddr: 10.0.0.1 } }\n" ),
+        ""
+    );
+}
+
+TEST( EventAddresses, AddressesThatTwoEventsSetAreTold ) {
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: a-1, set: { ipAddr: 10.0.0.9 } }\n"
+                         "  - { at: 2, hosts: b-1, set: { ipAddr: 10.0.0.9 } }\n" ),
+        ":9:41: error: ipAddr: 10.0.0.9 on eth0 is taken already, by host 'a-1' in line 4\n"
+    );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: a-1, set: { ipAddr: 10.0.0.9 } }\n"
+                         "  - { at: 2, hosts: a-1, set: { ipAddr: 10.0.0.8 } }\n"
+                         "  - { at: 3, hosts: b-1, set: { ipAddr: 10.0.0.9 } }\n" ),
+        ""
+    );
+}
+
+TEST( EventAddresses, HostsThatChangeTheirLinkAreLeftOut ) {
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: b, set: { ipAddr: 10.0.0.3, deviceName: eth2 } }\n" ), ""
     );
 }
 

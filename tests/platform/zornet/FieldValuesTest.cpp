@@ -111,8 +111,9 @@ TEST_F( IgmpV3GroupRecordTypeTest, PrintsNameOrNumber ) {
 TEST_F( IgmpV3GroupRecordTypeTest, RefusalNamesTheKnownOnes ) {
     EXPECT_EQ(
         rangeMessage( [] { igmpV3GroupRecordType( "INCLUDE" ); } ),
-        "expected IgmpV3GroupRecordType, one of MODE_IS_INCLUDE, MODE_IS_EXCLUDE, CHANGE_TO_INCLUDE_MODE, "
-        "CHANGE_TO_EXCLUDE_MODE, ALLOW_NEW_SOURCES, BLOCK_OLD_SOURCES, found 'INCLUDE'"
+        "expected IgmpV3GroupRecordType, one of include, exclude, MODE_IS_INCLUDE, MODE_IS_EXCLUDE, "
+        "CHANGE_TO_INCLUDE_MODE, CHANGE_TO_EXCLUDE_MODE, ALLOW_NEW_SOURCES, BLOCK_OLD_SOURCES, found "
+        "'INCLUDE'"
     );
     EXPECT_THROW( igmpV3GroupRecordType( "IgmpV3GroupRecordType(256)" ), Kiv::RangeException );
     EXPECT_THROW( igmpV3GroupRecordType( "IgmpV3GroupRecordType(" ), Kiv::RangeException );

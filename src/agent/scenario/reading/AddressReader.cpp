@@ -140,6 +140,7 @@ AddressKeys::fromRange() {
     auto const count = count_ ? file_.yaml.readWhole( *count_, 1, mostAddresses ) : std::nullopt;
     auto const step = step_ ? file_.yaml.readWhole( *step_, 1, 0xffffffff ) : U64{ 1 };
     if ( ( count_ && !count ) || !step ) {
+        file_.yaml.readParsed( *addr_, addressBlock );
         return {};
     }
     return cutOut( file_, *addr_, words_, { count, static_cast<U32>( *step ) } );

@@ -49,13 +49,12 @@ void
 readGroup( ScenarioFile& file, YamlField const& group, std::vector<GroupSpec>& groups ) {
     GroupSpec spec;
     spec.at = group.at;
-    std::size_t const errorsBefore = file.yaml.errors().size();
     if ( group.value.IsMap() ) {
         readGroupMap( file, group, spec );
     } else {
         spec.groups = readRange( file, group, groupWords ).value_or( AddressList() );
     }
-    if ( file.yaml.errors().size() == errorsBefore ) {
+    if ( !spec.groups.empty() ) {
         joinIfNotTold( spec );
         groups.push_back( std::move( spec ) );
     }

@@ -76,7 +76,9 @@ readHost( ScenarioFile& file, YamlField const& host ) {
     HostSpec spec;
     spec.at = host.at;
     static KeySet const keys = keySet( "a host", hostKeys(), settableHostAttributes() );
+    std::size_t const errorsBefore = file.yaml.errors().size();
     file.yaml.readMap( host, keys, [&]( YamlField const& field ) { readHostKey( file, field, spec ); } );
+    spec.faulty = file.yaml.errors().size() != errorsBefore;
     return spec;
 }
 

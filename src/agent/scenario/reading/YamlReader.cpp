@@ -134,14 +134,15 @@ YamlReader::expected( YamlField const& field, std::string const& what ) {
     error( field.at, field.key + ": expected " + what + ", found " + foundAt( field.value ) );
 }
 
-void
+bool
 YamlReader::readMap(
     YamlField const& map, KeySet const& keys, Kiv::FunctionRef<void( YamlField const& )> read
 ) {
     if ( !map.value.IsMap() ) {
         expected( map, "a map that describes " + std::string( keys.what ) );
-        return;
+        return false;
     }
+    bool allKnown = true;
     std::map<std::string, Position> seen;
     for ( auto const& pair : map.value ) {
         Position const keyAt = at( pair.first );
@@ -150,7 +151,9 @@ YamlReader::readMap(
         auto const [first, isNew] = seen.emplace( field.key, keyAt );
         if ( !isNew ) {
             repetition( keyAt, "key '" + field.key + "'", first->second );
-        } else if ( checkKey( { field.key, pair.first, keyAt }, keys ) && isWithinBounds( field ) ) {
+        } else if ( !checkKey( { field.key, pair.first, keyAt }, keys ) ) {
+            allKnown = false;
+        } else if ( isWithinBounds( field ) ) {
             read( field );
         }
     }
@@ -159,6 +162,7 @@ YamlReader::readMap(
             error( map.at, "missing key '" + std::string( key ) + "' in " + keys.what );
         }
     }
+    return allKnown;
 }
 
 bool

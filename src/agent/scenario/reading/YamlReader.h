@@ -42,8 +42,8 @@ class YamlReader {
     }
     Diagnostics& errors() { return errors_; }
 
-    /// Calls `read` for each known key of a map, once.
-    void readMap( YamlField const& map, KeySet const& keys, Kiv::FunctionRef<void( YamlField const& )> read );
+    /// Calls `read` for each known key of a map, once. False where it is no map, or has other keys too.
+    bool readMap( YamlField const& map, KeySet const& keys, Kiv::FunctionRef<void( YamlField const& )> read );
     /// Calls `read` for each element of a list, which bears the list's name.
     void readList( YamlField const& list, Kiv::FunctionRef<void( YamlField const& )> read );
     /// The text of a single value.

@@ -9,10 +9,9 @@ namespace Agent {
 namespace {
 
 using Igmp::IgmpHost;
+using Igmp::IgmpV3GroupRecord;
 
-/// Of the kinds of hosts that an event is about, so many are looked at: events and kinds may both be a great
-/// many, while what a person writes, or has written by a script, knows a few.
-constexpr std::size_t mostKinds = 100;
+constexpr U64 stepsOfCheck = 1000;
 
 std::string
 textOf( Kiv::Seconds seconds ) {
@@ -84,6 +83,16 @@ addsGroups( Event const& event ) {
     return event.action != EventAction::set && event.action != EventAction::leave && !event.groups.empty();
 }
 
+/// Whether some group may be in both. Replication makes further groups of a template.
+bool
+overlaps( GroupSpec const& joined, GroupSpec const& other ) {
+    bool const isTemplate = joined.settings.value<bool>( IgmpV3GroupRecord::attrReplicate );
+    U32 const block = joined.settings.value<U32>( IgmpV3GroupRecord::attrReplicateNumber );
+    U64 const copies = isTemplate ? std::max( block, 1U ) - 1 : 0;
+    return joined.groups.lowest() <= other.groups.highest() &&
+           other.groups.lowest().hostOrder() <= joined.groups.highest().hostOrder() + copies;
+}
+
 /// The host as it is once the event has set what it sets, or has been joined to what it joins.
 HostState
 changed( HostState const& before, Event const& event ) {
@@ -106,15 +115,26 @@ void
 EventWarnings::check() {
     std::vector<Event const*> events;
     for ( Event const& event : scenario_.events ) {
-        checkTime( event );
-        checkRate( event );
-        events.push_back( &event );
+        if ( !event.faulty ) {
+            checkTime( event );
+            checkRate( event );
+            events.push_back( &event );
+        }
     }
     std::stable_sort( events.begin(), events.end(), []( Event const* a, Event const* b ) {
         return a->time < b->time;
     } );
+    noteJoins( events );
     for ( Event const* const event : events ) {
         checkHosts( *event );
+        checkLeave( *event );
+        if ( stepsLeft_ == 0 ) {
+            warnings_.add(
+                event->at, "events from " + textOf( event->time ) +
+                               " s on are not held against all hosts; they are too many together"
+            );
+            return;
+        }
     }
 }
 
@@ -143,43 +163,173 @@ EventWarnings::checkRate( Event const& event ) {
     }
 }
 
-/// What an event makes of all hosts of an entry stands for the events that come later. What comes about at a
-/// setting of the host is told at the event.
+/// What an event makes of hosts stands for the events that come later.
 void
 EventWarnings::checkHosts( Event const& event ) {
     if ( event.values.settings.settings().empty() && !addsGroups( event ) ) {
         return;
     }
-    Places const places = placesOf( event );
-    std::unordered_map<Kind, Kind> changes;
-    for ( HostRange const& range : event.selection.ranges() ) {
-        Kind const before = kindOf( range.entry );
-        auto const [change, isNew] = changes.try_emplace( before, before );
-        if ( isNew && changes.size() <= mostKinds ) {
-            HostState const after = changed( kinds_[before], event );
-            for ( Diagnostic const& regret : newRegrets( kinds_[before], after ) ) {
-                Position const& at = places.contains( placeOf( regret.at ) ) ? regret.at : event.at;
-                warnings_.add( at, regret.text, regret.endsProcess );
-            }
-            change->second = kindIs( after );
+    if ( !selected_ || &selected_->ranges() != &event.selection.ranges() ) {
+        settle();
+        select( event.selection );
+    }
+    Changes made;
+    for ( auto& [original, present] : changes_ ) {
+        auto const [change, isNew] = made.try_emplace( present, present );
+        if ( isNew && spend( stepsOfCheck ) ) {
+            change->second = afterwards( present, event );
         }
-        if ( range.count == scenario_.hosts[range.entry].count ) {
-            kindOf_[range.entry] = change->second;
+        present = change->second;
+    }
+}
+
+/// Finds the kinds among the hosts.
+void
+EventWarnings::select( HostSelection const& selection ) {
+    selected_ = &selection;
+    changes_.clear();
+    forEachRun( [this]( HostRange const& range, Kind kind ) {
+        Kind const known = kind == unknown ? kindOfEntry( range.entry ) : kind;
+        changes_.try_emplace( known, known );
+        return known;
+    } );
+}
+
+/// Makes the hosts what has become of their kinds.
+void
+EventWarnings::settle() {
+    forEachRun( [this]( HostRange const&, Kind kind ) { return changes_.at( kind ); } );
+}
+
+/// Calls `f` with each run of selected hosts that are of one kind, and puts the kind that it returns in its
+/// place.
+void
+EventWarnings::forEachRun( Kiv::FunctionRef<Kind( HostRange const&, Kind )> f ) {
+    for ( std::size_t i = 0; selected_ && i < selected_->ranges().size(); ++i ) {
+        HostRange const& range = selected_->ranges()[i];
+        HostSpec const& host = scenario_.hosts[range.entry];
+        if ( !host.faulty && spend( 1 ) ) {
+            kindOf_.change( range, host.count, [&]( Kind kind ) {
+                spend( 1 );
+                return f( range, kind );
+            } );
         }
     }
 }
 
+/// What comes about at a setting of the host is told at the event.
 EventWarnings::Kind
-EventWarnings::kindOf( U32 entry ) {
-    if ( kindOf_[entry] == unknown ) {
-        HostSpec const& host = scenario_.hosts[entry];
-        HostState state;
-        state.host.settings = host.settings;
-        state.host.vlanStep = host.vlanStep;
-        state.groups = GroupDigest( host.groups );
-        kindOf_[entry] = kindIs( state );
+EventWarnings::afterwards( Kind before, Event const& event ) {
+    Places const places = placesOf( event );
+    HostState const after = changed( kinds_[before], event );
+    for ( Diagnostic const& regret : newRegrets( kinds_[before], after ) ) {
+        Position const& at = places.contains( placeOf( regret.at ) ) ? regret.at : event.at;
+        warnings_.add( at, regret.text, regret.endsProcess );
     }
-    return kindOf_[entry];
+    return kindIs( after );
+}
+
+/// False, with nothing left, where the steps do not suffice.
+bool
+EventWarnings::spend( U64 steps ) {
+    bool const suffices = stepsLeft_ >= steps;
+    stepsLeft_ = suffices ? stepsLeft_ - steps : 0;
+    return suffices;
+}
+
+/// What has an error may be what would join.
+void
+EventWarnings::noteJoins( std::vector<Event const*> const& events ) {
+    auto const isFaulty = []( auto const& entry ) { return entry.faulty; };
+    knowsJoins_ = std::none_of( scenario_.hosts.begin(), scenario_.hosts.end(), isFaulty ) &&
+                  std::none_of( scenario_.events.begin(), scenario_.events.end(), isFaulty );
+    for ( Event const* const event : events ) {
+        if ( event->action == EventAction::join || event->action == EventAction::zap ||
+             event->action == EventAction::flap ) {
+            joins_.push_back( event );
+            for ( GroupSpec const& groups : event->groups ) {
+                joinsFrom_.emplace( groups.groups.lowest().hostOrder(), event );
+            }
+        }
+    }
+}
+
+void
+EventWarnings::checkLeave( Event const& event ) {
+    bool const needsGroups = event.action == EventAction::leave || event.action == EventAction::change;
+    if ( !needsGroups || !knowsJoins_ ) {
+        return;
+    }
+    for ( GroupSpec const& groups : event.groups ) {
+        if ( !isJoinedAtStart( event, groups ) && !isJoinedByEvent( event, groups ) && stepsLeft_ != 0 ) {
+            warnings_.add(
+                groups.at, std::string( actionName( event.action ) ) +
+                               ": none of the hosts is ever in group " +
+                               Kiv::ValueTraits<Zornet::IpAddr>::format( groups.groups.first() ) + " before"
+            );
+        }
+    }
+}
+
+bool
+EventWarnings::isJoinedAtStart( Event const& leave, GroupSpec const& groups ) {
+    for ( HostRange const& range : leave.selection.ranges() ) {
+        for ( GroupSpec const& joined : scenario_.hosts[range.entry].groups ) {
+            if ( !spend( 1 ) || overlaps( joined, groups ) ) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// Most are left as they are joined.
+bool
+EventWarnings::isJoinedByEvent( Event const& leave, GroupSpec const& groups ) {
+    auto const [first, last] = joinsFrom_.equal_range( groups.groups.lowest().hostOrder() );
+    for ( auto join = first; join != last; ++join ) {
+        if ( joins( *join->second, leave, groups ) ) {
+            return true;
+        }
+    }
+    return std::any_of( joins_.begin(), joins_.end(), [&]( Event const* join ) {
+        return joins( *join, leave, groups );
+    } );
+}
+
+bool
+EventWarnings::joins( Event const& join, Event const& leave, GroupSpec const& groups ) {
+    if ( !spend( 1 ) ) {
+        return true;
+    }
+    bool const isAbout = std::any_of( join.groups.begin(), join.groups.end(), [&]( GroupSpec const& joined ) {
+        return overlaps( joined, groups );
+    } );
+    return isAbout && join.time <= leave.endTime() && haveCommon( join.selection, leave.selection );
+}
+
+bool
+EventWarnings::haveCommon( HostSelection const& a, HostSelection const& b ) {
+    auto ofA = a.ranges().begin();
+    auto ofB = b.ranges().begin();
+    while ( ofA != a.ranges().end() && ofB != b.ranges().end() ) {
+        bool const isBefore = ofA->number + ofA->count <= ofB->number;
+        if ( !spend( 1 ) || ( !isBefore && ofB->number + ofB->count > ofA->number ) ) {
+            return true;
+        }
+        ++( isBefore ? ofA : ofB );
+    }
+    return false;
+}
+
+EventWarnings::Kind
+EventWarnings::kindOfEntry( U32 entry ) {
+    HostSpec const& host = scenario_.hosts[entry];
+    HostState state;
+    state.host.settings = host.settings;
+    state.host.vlanStep = host.vlanStep;
+    state.groups = GroupDigest( host.groups );
+    return kindIs( state );
 }
 
 /// Of the groups the one with the most sources is kept: what a setting does to any it does to this one.

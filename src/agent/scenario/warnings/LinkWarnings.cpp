@@ -31,14 +31,13 @@ interfaceOf( HostSpec const& spec ) {
     return std::string( spec.settings.value<Zornet::IntfId>( IgmpHost::attrIntfId ).name().view() );
 }
 
-/// Names the broadcast domain that a host is in, as far as the scenario tells.
+} // namespace
+
 std::string
-linkOf( HostSpec const& spec, U32 index ) {
+LinkWarnings::linkOf( HostSpec const& spec, U32 index ) {
     std::string const device = deviceOf( spec );
     return isTagged( spec ) ? device + " VLAN " + std::to_string( spec.vlanId( index ) ) : device;
 }
-
-} // namespace
 
 void
 LinkWarnings::check( HostSpec const& spec ) {
@@ -86,11 +85,37 @@ LinkWarnings::claim(
     U64 const number = std::max( first, taken->first );
     Owner const other{ taken->second.owner.spec,
                        static_cast<U32>( taken->second.owner.index + number - taken->first ) };
-    warnings_.add(
-        at, std::string( kind.key ) + ": " + kind.text( number ) + " on " + link + " is taken already, by " +
-                told( other, at )
-    );
+    warnings_.add( at, takenText( kind, number, link, other, at ) );
     return false;
+}
+
+std::optional<LinkWarnings::Owner>
+LinkWarnings::holder( Kiv::AttributeId id, std::string const& link, U64 number ) const {
+    auto const claims = kindOf( id ).claims.find( link );
+    if ( claims == kindOf( id ).claims.end() ) {
+        return {};
+    }
+    auto const behind = claims->second.upper_bound( number );
+    if ( behind == claims->second.begin() || std::prev( behind )->second.last < number ) {
+        return {};
+    }
+    auto const& [first, claim] = *std::prev( behind );
+    return Owner{ claim.owner.spec, static_cast<U32>( claim.owner.index + number - first ) };
+}
+
+std::string
+LinkWarnings::takenText(
+    Kiv::AttributeId id, U64 number, std::string const& link, Owner const& owner, Position const& at
+) const {
+    return takenText( kindOf( id ), number, link, owner, at );
+}
+
+std::string
+LinkWarnings::takenText(
+    Kind const& kind, U64 number, std::string const& link, Owner const& owner, Position const& at
+) const {
+    return std::string( kind.key ) + ": " + kind.text( number ) + " on " + link + " is taken already, by " +
+           told( owner, at );
 }
 
 void

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <unordered_map>
 
 #include "agent/scenario/Scenario.h"
@@ -15,14 +16,23 @@ class LinkWarnings {
     LinkWarnings( Scenario const& scenario, Diagnostics& warnings )
         : scenario_( scenario ), warnings_( warnings ) {}
 
-    void check( HostSpec const& spec );
-
-  private:
     /// The hosts of an entry from an index on.
     struct Owner {
         HostSpec const* spec;
         U32 index;
     };
+
+    void check( HostSpec const& spec );
+
+    /// Names the broadcast domain that a host is in, as far as the scenario tells.
+    static std::string linkOf( HostSpec const& spec, U32 index );
+    // Of ipAddr or macAddr, as a number: the host that has been found to have it, and what to say of it.
+    std::optional<Owner> holder( Kiv::AttributeId id, std::string const& link, U64 number ) const;
+    std::string takenText(
+        Kiv::AttributeId id, U64 number, std::string const& link, Owner const& owner, Position const& at
+    ) const;
+
+  private:
     struct Opener {
         Owner owner;
         std::string device;
@@ -44,6 +54,12 @@ class LinkWarnings {
     bool claim(
         Owner const& owner, U64 first, U64 count, Kind& kind, std::string const& link, Position const& at
     );
+    Kind const& kindOf( Kiv::AttributeId id ) const {
+        return id == Igmp::IgmpHost::attrIpAddr ? ipAddrs_ : macAddrs_;
+    }
+    std::string takenText(
+        Kind const& kind, U64 number, std::string const& link, Owner const& owner, Position const& at
+    ) const;
     void checkSharedDevice( HostSpec const& spec );
     void checkChannels( HostSpec const& spec );
     std::string told( Owner const& owner, Position const& from ) const;

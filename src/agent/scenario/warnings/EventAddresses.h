@@ -1,0 +1,50 @@
+#pragma once
+
+#include <unordered_map>
+#include <unordered_set>
+
+#include "agent/scenario/Scenario.h"
+#include "agent/scenario/warnings/LinkWarnings.h"
+
+namespace Agent {
+
+/// Warnings about addresses that events set on hosts while others on their link have them. Where events move
+/// hosts from link to link it says nothing. An event takes as long as it has hosts; the work is bounded over
+/// all events, and it is told where that does not suffice.
+class EventAddresses {
+  public:
+    /// `described` has seen the hosts of the scenario.
+    EventAddresses( Scenario const& scenario, LinkWarnings const& described, Diagnostics& warnings )
+        : scenario_( scenario ), described_( described ), warnings_( warnings ) {}
+
+    void check();
+
+  private:
+    using HostKey = U64; ///< entry and index of a host
+    /// Of addresses of one kind, those that events have set.
+    struct Kind {
+        Kiv::AttributeId id;
+        std::unordered_map<HostKey, U64> numbers{};
+        std::unordered_map<std::string, std::unordered_map<U64, HostKey>> hosts{}; ///< by link and number
+    };
+
+    bool movesHosts() const;
+    void handle( Event const& event );
+    void handleSet( Event const& event, Kind& kind );
+    void release( HostKey host, Kind& kind );
+    std::optional<HostKey> holder( Kind const& kind, std::string const& link, U64 number ) const;
+    template <class F>
+    void forEachHost( Event const& event, F f );
+    LinkWarnings::Owner owner( HostKey host ) const;
+    HostKey keyOf( LinkWarnings::Owner const& owner ) const;
+
+    Scenario const& scenario_;
+    LinkWarnings const& described_;
+    Diagnostics& warnings_;
+    Kind ipAddrs_{ Igmp::IgmpHost::attrIpAddr };
+    Kind macAddrs_{ Igmp::IgmpHost::attrMacAddr };
+    std::unordered_set<HostKey> silent_; ///< disabled, or deleted
+    U64 hostsLeft_ = 5'000'000;
+};
+
+} // namespace Agent
