@@ -115,6 +115,11 @@ StatusLines::StatusLines( RunContext const& context )
       } ) ) {}
 
 void
+StatusLines::handleProgress( StartUpProgress const& progress ) {
+    std::cerr << "igmphost: " << progress.text() << std::endl;
+}
+
+void
 StatusLines::next() {
     timer_->remainingIs( context_.options.statusInterval.value_or( intervalForPersons ) );
 }
@@ -128,8 +133,13 @@ StatusLines::tell() {
     if ( failed_ ) {
         return;
     }
+    std::string const line = statusJson( monitor_.look() );
+    if ( line == last_ ) { // an interval ends with the run
+        return;
+    }
+    last_ = line;
     errno = 0;
-    std::cout << statusJson( monitor_.look() ) << std::endl;
+    std::cout << line << std::endl;
     if ( !std::cout ) {
         failed_ = true;
         std::cerr << "igmphost: error: the status lines end: cannot write the standard output: "

@@ -21,6 +21,7 @@ class StatusLines : public RunPart {
   public:
     explicit StatusLines( RunContext const& context );
 
+    void handleProgress( StartUpProgress const& progress ) override;
     void handleStarted() override { next(); }
     ExitStatus handleEnded() override;
 
@@ -32,6 +33,7 @@ class StatusLines : public RunPart {
     RunContext const& context_;
     RunMonitor monitor_;
     Kiv::Ptr<Lab::Timer> const timer_;
+    std::string last_; ///< line of JSON
     bool failed_ = false;
 };
 

@@ -109,8 +109,12 @@ class Runner {
     Emulation emulation_{ wheel_ };
     StatusLedger ledger_{ emulation_ };
     RunContext context_;
-    StartUp startUp_{ context_.scenario, emulation_ };
     RunParts parts_ = makeRunParts( context_ );
+    StartUp startUp_{ context_.scenario, emulation_, [this]( StartUpProgress const& progress ) {
+                         for ( auto const& part : parts_ ) {
+                             part->handleProgress( progress );
+                         }
+                     } };
 };
 
 /// The earliest that any part plans.

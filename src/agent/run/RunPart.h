@@ -10,6 +10,7 @@
 #include "agent/run/Emulation.h"
 #include "agent/run/NextEvent.h"
 #include "agent/run/RunOptions.h"
+#include "agent/run/StartUpProgress.h"
 #include "agent/scenario/Scenario.h"
 #include "agent/traffic/Traffic.h"
 #include "lab/Querier.h"
@@ -39,6 +40,8 @@ class RunPart {
   public:
     virtual ~RunPart() = default;
 
+    /// The hosts are being brought up; told once a second.
+    virtual void handleProgress( StartUpProgress const& ) {}
     /// The hosts exist, and are about to be bound and enabled.
     virtual void handleLoaded() {}
     /// The hosts have been started.

@@ -1,34 +1,45 @@
 #include "agent/run/StartUp.h"
 
-#include <iostream>
+#include <utility>
 
-#include "agent/output/Grouped.h"
-#include "agent/scenario/ScenarioLoader.h"
 #include "platform/kiv/Activity.h"
 #include "platform/kiv/Clock.h"
 
 namespace Agent {
 
+StartUp::StartUp( Scenario const& scenario, Emulation& emulation, Tell tell )
+    : scenario_( scenario ), hostDir_( emulation.hostDir() ), tell_( std::move( tell ) ) {
+    scenario.forEachEntry( [this]( HostSpec const& spec, U32, U32 taken ) {
+        if ( !spec.later ) {
+            progress_.allHosts += taken;
+            progress_.allGroups += taken * spec.groupCount();
+        }
+    } );
+}
+
 void
 StartUp::load() {
-    done_ = "made";
-    hosts_ = 0;
-    loadHosts( scenario_, hostDir_, [this] { return goOn(); } );
+    loadHosts( scenario_, hostDir_, [this]( DonePart part ) { return goOn( part ); } );
 }
 
 void
 StartUp::start() {
-    done_ = "started";
-    hosts_ = 0;
+    progress_.done = "started";
+    progress_.hosts = progress_.groups = 0;
     if ( !stopped_ ) {
-        startHosts( scenario_, hostDir_, [this] { return goOn(); } );
+        startHosts( scenario_, hostDir_, [this]( DonePart part ) { return goOn( part ); } );
     }
 }
 
 bool
-StartUp::goOn() {
-    constexpr U64 hostsPerTurn = 100;
-    if ( ++hosts_ % hostsPerTurn == 0 && !Kiv::clock().isSimulated() ) {
+StartUp::goOn( DonePart part ) {
+    constexpr U64 workPerTurn = 1000;
+    constexpr U64 workOfHost = 10; // as much as that many groups
+    bool const isHost = part == DonePart::host;
+    ++( isHost ? progress_.hosts : progress_.groups );
+    work_ += isHost ? workOfHost : 1;
+    if ( work_ >= workPerTurn && !Kiv::clock().isSimulated() ) {
+        work_ = 0;
         Kiv::defaultActivity()->activitySm().runOnce();
         tell();
     }
@@ -41,8 +52,7 @@ StartUp::tell() {
     auto const now = std::chrono::steady_clock::now();
     if ( now - told_ >= interval ) {
         told_ = now;
-        std::cerr << "igmphost: " << grouped( hosts_ ) << " of " << grouped( scenario_.hostCount() )
-                  << " hosts " << done_ << std::endl;
+        tell_( progress_ );
     }
 }
 

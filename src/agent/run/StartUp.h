@@ -3,17 +3,20 @@
 #include <chrono>
 
 #include "agent/run/Emulation.h"
-#include "agent/scenario/Scenario.h"
+#include "agent/run/StartUpProgress.h"
+#include "agent/scenario/ScenarioLoader.h"
 
 namespace Agent {
 
-/// Brings the hosts of a scenario up. Where there are many it takes a turn of the default activity now and
-/// then, so that whoever asks meanwhile is answered and whoever wants it to end is heard, and says how far it
-/// has come. In simulated time, which nobody waits for, it takes none.
+/// Brings the hosts of a scenario up. Where there are many, or one has many groups, it takes a turn of the
+/// default activity now and then, so that whoever asks meanwhile is answered and whoever wants it to end is
+/// heard, and says how far it has come. In simulated time, which nobody waits for, it takes none.
 class StartUp {
   public:
-    StartUp( Scenario const& scenario, Emulation& emulation )
-        : scenario_( scenario ), hostDir_( emulation.hostDir() ) {}
+    using Tell = std::function<void( StartUpProgress const& )>;
+
+    /// `tell` is called once a second.
+    StartUp( Scenario const& scenario, Emulation& emulation, Tell tell );
 
     /// Makes the hosts.
     void load();
@@ -24,13 +27,14 @@ class StartUp {
     bool isStopped() const { return stopped_; }
 
   private:
-    bool goOn();
+    bool goOn( DonePart part );
     void tell();
 
     Scenario const& scenario_;
     Igmp::IgmpHostDir& hostDir_;
-    char const* done_ = "";
-    U64 hosts_ = 0; ///< that are done
+    Tell const tell_;
+    StartUpProgress progress_;
+    U64 work_ = 0; ///< since the last turn
     std::chrono::steady_clock::time_point told_ = std::chrono::steady_clock::now();
     bool stopped_ = false;
 };

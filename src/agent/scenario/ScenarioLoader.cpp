@@ -47,12 +47,32 @@ template <class F>
 void
 forEachStarted( Scenario const& scenario, GoOn const& goOn, F f ) {
     bool goesOn = true;
+    GoOn const ask = [&]( DonePart part ) {
+        goesOn = !goOn || goOn( part );
+        return goesOn;
+    };
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
         if ( goesOn && !spec.later ) {
-            f( spec, index );
-            goesOn = !goOn || goOn();
+            f( spec, index, ask );
+            goesOn = goesOn && ask( DonePart::host );
         }
     } );
+}
+
+/// Calls `f` with each group that the entry describes, until it is to end. Whoever is heard meanwhile may
+/// delete the host, which has no parent then.
+template <class F>
+void
+forEachGroup( HostSpec const& spec, IgmpHost const& host, GoOn const& goOn, F f ) {
+    bool goesOn = true;
+    for ( GroupSpec const& group : spec.groups ) {
+        group.groups.forEach( [&]( Zornet::IpAddr const& addr ) {
+            if ( goesOn ) {
+                f( group, addr );
+                goesOn = !goOn || ( goOn( DonePart::group ) && host.parent() );
+            }
+        } );
+    }
 }
 
 } // namespace
@@ -68,20 +88,20 @@ groupRecordIs( GroupSpec const& spec, Zornet::IpAddr const& group, IgmpHost& hos
 }
 
 void
-loadHost( HostSpec const& spec, U32 index, IgmpHost& host ) {
+loadHost( HostSpec const& spec, U32 index, IgmpHost& host, GoOn const& goOn ) {
     Settings const settings = spec.settingsOf( index );
     for ( Setting const& setting : settings.settings() ) {
         if ( !setting.attribute->announces ) {
             setting.attribute->write( host, setting.value );
         }
     }
-    for ( GroupSpec const& group : spec.groups ) {
-        group.groups.forEach( [&]( Zornet::IpAddr const& addr ) { groupRecordIs( group, addr, host ); } );
-    }
+    forEachGroup( spec, host, goOn, [&]( GroupSpec const& group, Zornet::IpAddr const& addr ) {
+        groupRecordIs( group, addr, host );
+    } );
 }
 
 void
-startHost( HostSpec const& spec, IgmpHost& host, U32 step ) {
+startHost( HostSpec const& spec, IgmpHost& host, U32 step, GoOn const& goOn ) {
     host.configVersionIs( generation( spec, IgmpHost::attrConfigVersion, host.configVersion(), step ) );
     host.intfConfigVersionIs(
         generation( spec, IgmpHost::attrIntfConfigVersion, host.intfConfigVersion(), step )
@@ -90,27 +110,26 @@ startHost( HostSpec const& spec, IgmpHost& host, U32 step ) {
         spec.settings.find( IgmpHost::attrEnabled ) && !spec.settings.value<bool>( IgmpHost::attrEnabled );
     host.enabledIs( !disabled );
     repeatInterval( spec, host );
-    for ( GroupSpec const& group : spec.groups ) {
-        group.groups.forEach( [&]( Zornet::IpAddr const& addr ) {
-            if ( auto const record = host.v3group( addr ) ) { // a template may have deleted it
-                record->versionIs( nextGeneration( record->version(), step ) );
-            }
-        } );
-    }
+    forEachGroup( spec, host, goOn, [&]( GroupSpec const&, Zornet::IpAddr const& addr ) {
+        if ( auto const record = host.v3group( addr ) ) { // a template may have deleted it
+            record->versionIs( nextGeneration( record->version(), step ) );
+        }
+    } );
 }
 
 void
 loadHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn ) {
-    forEachStarted( scenario, goOn, [&]( HostSpec const& spec, U32 index ) {
-        loadHost( spec, index, *dir.igmpHostIs( spec.hostName( index ) ) );
+    forEachStarted( scenario, goOn, [&]( HostSpec const& spec, U32 index, GoOn const& ask ) {
+        Kiv::Ptr<IgmpHost> const host = dir.igmpHostIs( spec.hostName( index ) );
+        loadHost( spec, index, *host, ask );
     } );
 }
 
 void
 startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& goOn ) {
-    forEachStarted( scenario, goOn, [&]( HostSpec const& spec, U32 index ) {
+    forEachStarted( scenario, goOn, [&]( HostSpec const& spec, U32 index, GoOn const& ask ) {
         if ( auto const host = dir.igmpHost( spec.hostName( index ) ) ) {
-            startHost( spec, *host );
+            startHost( spec, *host, 1, ask );
         }
     } );
 }

@@ -7,8 +7,10 @@
 
 namespace Agent {
 
-/// Asked after each host of many; false ends the work there.
-using GoOn = std::function<bool()>;
+enum class DonePart { group, host };
+
+/// Asked after each group of a host, and after each host; false ends the work there.
+using GoOn = std::function<bool( DonePart )>;
 
 /// Makes the hosts that are there from the start, and sets all that the scenario says of them. They are
 /// neither bound nor enabled.
@@ -21,8 +23,8 @@ void startHosts( Scenario const& scenario, Igmp::IgmpHostDir& dir, GoOn const& g
 
 // The same for one host. What the scenario does not name of a host that is there already stays. `step` is
 // that of nextGeneration().
-void loadHost( HostSpec const& spec, U32 index, Igmp::IgmpHost& host );
-void startHost( HostSpec const& spec, Igmp::IgmpHost& host, U32 step = 1 );
+void loadHost( HostSpec const& spec, U32 index, Igmp::IgmpHost& host, GoOn const& goOn = {} );
+void startHost( HostSpec const& spec, Igmp::IgmpHost& host, U32 step = 1, GoOn const& goOn = {} );
 
 /// The host's record of a group, made where it is absent, with what `spec` sets and exactly its sources. Its
 /// version is left alone.

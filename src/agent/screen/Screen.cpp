@@ -94,7 +94,17 @@ Screen::~Screen() {
 }
 
 void
+Screen::handleProgress( StartUpProgress const& progress ) {
+    progress_ = progress;
+    open();
+    if ( open_ ) {
+        draw();
+    }
+}
+
+void
 Screen::handleStarted() {
+    progress_.reset();
     open();
     tick();
 }
@@ -108,7 +118,7 @@ Screen::handleEnded() {
 
 void
 Screen::open() {
-    if ( !newterm( nullptr, stdout, stdin ) ) {
+    if ( open_ || !newterm( nullptr, stdout, stdin ) ) {
         return;
     }
     open_ = true;
@@ -185,10 +195,10 @@ void
 Screen::draw() {
     erase();
     int row = 0;
-    for ( std::string const& line : screenPage(
-              titleOf( context_.scenario ), view_, messages_, static_cast<std::size_t>( LINES ),
-              static_cast<std::size_t>( COLS )
-          ) ) {
+    ScreenSize const size{ static_cast<std::size_t>( LINES ), static_cast<std::size_t>( COLS ) };
+    std::string const title = titleOf( context_.scenario );
+    for ( std::string const& line : progress_ ? startUpPage( title, *progress_, messages_, size )
+                                              : screenPage( title, view_, messages_, size ) ) {
         mvaddnstr( row++, 0, line.c_str(), COLS );
     }
     refresh();

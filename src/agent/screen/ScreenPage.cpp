@@ -99,23 +99,39 @@ body( std::string const& title, RunView const& view, std::size_t columns ) {
     return lines;
 }
 
+/// The lines on a screen, with the messages below.
+std::vector<std::string>
+fitted( std::vector<std::string> lines, std::deque<std::string> const& messages, ScreenSize const& size ) {
+    lines.emplace_back();
+    std::size_t const room = size.rows > lines.size() ? size.rows - lines.size() : 0;
+    std::size_t const shown = std::min( room, messages.size() );
+    lines.insert( lines.end(), messages.end() - static_cast<std::ptrdiff_t>( shown ), messages.end() );
+    lines.resize( std::min( size.rows, lines.size() ) );
+    for ( std::string& line : lines ) {
+        line.resize( std::min( size.columns, line.size() ) );
+    }
+    return lines;
+}
+
 } // namespace
 
 std::vector<std::string>
 screenPage(
-    std::string const& title, RunView const& view, std::deque<std::string> const& messages, std::size_t rows,
-    std::size_t columns
+    std::string const& title, RunView const& view, std::deque<std::string> const& messages,
+    ScreenSize const& size
 ) {
-    std::vector<std::string> lines = body( title, view, columns );
-    lines.emplace_back();
-    std::size_t const room = rows > lines.size() ? rows - lines.size() : 0;
-    std::size_t const shown = std::min( room, messages.size() );
-    lines.insert( lines.end(), messages.end() - static_cast<std::ptrdiff_t>( shown ), messages.end() );
-    lines.resize( std::min( rows, lines.size() ) );
-    for ( std::string& line : lines ) {
-        line.resize( std::min( columns, line.size() ) );
-    }
-    return lines;
+    return fitted( body( title, view, size.columns ), messages, size );
+}
+
+std::vector<std::string>
+startUpPage(
+    std::string const& title, StartUpProgress const& progress, std::deque<std::string> const& messages,
+    ScreenSize const& size
+) {
+    return fitted(
+        { "igmphost  " + title + "  start-up", bar( progress.share(), size.columns ), "", progress.text() },
+        messages, size
+    );
 }
 
 } // namespace Agent

@@ -82,6 +82,31 @@ TEST_F( StatusLinesTest, LineForPersonsComesEveryTenSeconds ) {
     EXPECT_THAT( out_.str(), HasSubstr( "igmphost: 20 s: 1 host" ) );
 }
 
+TEST_F( StatusLinesTest, LineThatFallsOnTheEndIsWrittenOnce ) {
+    hostsAre( "hosts: [ { name: a, igmpVersion: 2, deviceName: eth0, groups: [ 239.1.1.1 ] } ]" );
+    options_.statusInterval = 5.0;
+    std::ostringstream out;
+    std::streambuf* const outer = std::cout.rdbuf( out.rdbuf() );
+    StatusLines lines( context_ );
+    lines.handleStarted();
+    runFor( 10.0 );
+    lines.handleEnded();
+    std::cout.rdbuf( outer );
+    std::istringstream written( out.str() );
+    std::vector<double> times;
+    for ( std::string line; std::getline( written, line ); ) {
+        times.push_back( Json::parse( line )["elapsed"] );
+    }
+    EXPECT_THAT( times, ::testing::ElementsAre( 5.0, 10.0 ) );
+}
+
+TEST_F( StatusLinesTest, StartUpIsToldWhileItLasts ) {
+    StatusLines( context_ ).handleProgress( { "made", 1200, 100000, 12000, 1000000 } );
+    EXPECT_EQ( out_.str(), "igmphost: 1,200 of 100,000 hosts made, 12,000 of 1,000,000 groups\n" );
+    StatusLines( context_ ).handleProgress( { "started", 1, 2, 0, 0 } );
+    EXPECT_THAT( out_.str(), HasSubstr( "igmphost: 1 of 2 hosts started\n" ) );
+}
+
 class StatusInterval : public CableTest {};
 
 TEST_F( StatusInterval, WritesLinesOfJsonWhileTheHostsRun ) {

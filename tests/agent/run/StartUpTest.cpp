@@ -28,7 +28,7 @@ class StartUpTest : public ::testing::Test, private Kiv::IoHandler {
 
     Scenario const scenario_ = scenarioOf( "hosts: [ { name: rx, count: 1000 } ]" );
     Emulation emulation_{ Kiv::Ptr<Lumo::TimerWheel const>( new Lumo::TimerWheel ) };
-    StartUp startUp_{ scenario_, emulation_ };
+    StartUp startUp_{ scenario_, emulation_, []( StartUpProgress const& ) {} };
     int heard_ = 0;
     bool isToEnd_ = false;
 
@@ -51,6 +51,16 @@ TEST_F( StartUpTest, WhoeverAsksIsHeardMeanwhile ) {
     startUp_.start();
     EXPECT_GT( heard_, 1 );
     EXPECT_EQ( enabled(), 1000U );
+}
+
+TEST_F( StartUpTest, WhoeverAsksIsHeardWithinAHostOfManyGroups ) {
+    Scenario const scenario = scenarioOf( "hosts: [ { name: rx, groups: 239.0.0.0/18 } ]" );
+    StartUp startUp( scenario, emulation_, []( StartUpProgress const& ) {} );
+    startUp.load();
+    EXPECT_EQ( heard_, 16 );
+    startUp.start();
+    EXPECT_EQ( heard_, 32 );
+    EXPECT_EQ( emulation_.hostDir().igmpHost( "rx" )->v3groups(), 16384U );
 }
 
 TEST_F( StartUpTest, EndsWithTheHostsThatAreThere ) {

@@ -62,13 +62,43 @@ hosts:
 TEST_F( ScenarioLoader, WorkEndsWhereItIsToldTo ) {
     scenario_ = scenarioOf( "hosts: [ { name: rx, count: 9, deviceName: eth0 } ]" );
     int asked = 0;
-    loadHosts( scenario_, dir(), [&] { return ++asked < 5; } );
+    loadHosts( scenario_, dir(), [&]( DonePart ) { return ++asked < 5; } );
     EXPECT_EQ( dir().igmpHosts(), 5U );
     dir().igmpHostDel( "rx-2" );
     asked = 0;
-    startHosts( scenario_, dir(), [&] { return ++asked < 3; } );
+    startHosts( scenario_, dir(), [&]( DonePart ) { return ++asked < 3; } );
     EXPECT_TRUE( host( "rx-3" ).enabled() );
     EXPECT_FALSE( host( "rx-4" ).enabled() );
+}
+
+TEST_F( ScenarioLoader, WorkEndsWithinAHostOfManyGroups ) {
+    scenario_ = scenarioOf( "hosts: [ { name: rx, deviceName: eth0, groups: 239.0.0.0/16 } ]" );
+    U64 groups = 0;
+    loadHosts( scenario_, dir(), [&]( DonePart part ) {
+        EXPECT_EQ( part, DonePart::group );
+        return ++groups < 100;
+    } );
+    EXPECT_EQ( host( "rx" ).v3groups(), 100U );
+}
+
+TEST_F( ScenarioLoader, HostThatIsDeletedMeanwhileIsLeftAlone ) {
+    scenario_ = scenarioOf( "hosts: [ { name: rx, count: 2, deviceName: eth0, groups: 239.0.0.0/24 } ]" );
+    U64 groups = 0;
+    auto const deleteFirst = [&]( DonePart part ) {
+        groups += part == DonePart::group ? 1 : 0;
+        if ( groups == 9 ) {
+            dir().igmpHostDel( "rx-1" );
+        }
+        return true;
+    };
+    loadHosts( scenario_, dir(), deleteFirst );
+    EXPECT_EQ( groups, 9U + 256U );
+    EXPECT_EQ( dir().igmpHosts(), 1U );
+    dir().igmpHostIs( "rx-1" );
+    groups = 0;
+    startHosts( scenario_, dir(), deleteFirst );
+    EXPECT_TRUE( host( "rx-2" ).enabled() );
+    EXPECT_EQ( groups, 9U + 256U );
 }
 
 TEST_F( ScenarioLoader, HostsGetTheirSettingsAndTheirSteps ) {

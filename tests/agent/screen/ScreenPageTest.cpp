@@ -30,7 +30,7 @@ someView() {
 
 std::vector<std::string>
 page( RunView const& view, std::deque<std::string> const& messages = {}, std::size_t rows = 24 ) {
-    return screenPage( "s.yaml", view, messages, rows, 80 );
+    return screenPage( "s.yaml", view, messages, { rows, 80 } );
 }
 
 TEST( ScreenPage, ShowsHostsGroupsTimersAndFrames ) {
@@ -53,6 +53,17 @@ TEST( ScreenPage, DurationHasABar ) {
     EXPECT_EQ( lines[1], "[" + std::string( 30, '#' ) + std::string( 30, '.' ) + "] 50 %" );
     view.elapsed = 9000.0;
     EXPECT_EQ( page( view )[1], "[" + std::string( 60, '#' ) + "] 100 %" );
+}
+
+TEST( ScreenPage, StartUpHasABarOfHostsAndGroups ) {
+    StartUpProgress const progress{ "made", 1, 4, 499999, 999996 };
+    EXPECT_THAT(
+        startUpPage( "s.yaml", progress, { "a", "b", "c" }, { 7, 80 } ),
+        ElementsAre(
+            "igmphost  s.yaml  start-up", "[" + std::string( 30, '#' ) + std::string( 30, '.' ) + "] 50 %",
+            "", "1 of 4 hosts made, 499,999 of 999,996 groups", "", "b", "c"
+        )
+    );
 }
 
 TEST( ScreenPage, NextEventIsThereWhereThereIsOne ) {
@@ -79,7 +90,7 @@ TEST( ScreenPage, FitsAnyScreen ) {
     for ( std::size_t size : { 0U, 1U, 5U, 11U } ) {
         RunView view = someView();
         view.duration = 7200.0;
-        auto const lines = screenPage( "s.yaml", view, { "a long message" }, size, size );
+        auto const lines = screenPage( "s.yaml", view, { "a long message" }, { size, size } );
         EXPECT_LE( lines.size(), size );
         EXPECT_THAT( lines, Each( SizeIs( ::testing::Le( size ) ) ) );
     }
