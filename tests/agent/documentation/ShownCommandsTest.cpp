@@ -1,5 +1,6 @@
 /// Every command of igmphost that a document shows is run as it stands there, in a folder where the files are
-/// that it names. What would go on for ever, or needs a device for minutes, is told to be short.
+/// that it names. What would go on for ever, or needs a device for minutes, is told to be short. Of the
+/// commands of others each is run elsewhere, or has a reason why it is not: the list stands here.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -53,6 +54,53 @@ documents() {
     }
     return found;
 }
+
+/// The same for the commands of others: scripts of the tree, and programs of the system.
+Commands
+otherCommandsIn( std::string const& document ) {
+    static std::string const programs =
+        "((?:[A-Z_]+=\\S+ +)*(?:scripts/\\w+|build/\\S+/bin/\\w+"
+        "|(?:cmake|ctest|ip|bridge|systemctl|podman|docker|containerlab|man)(?= ))"
+        "(?: [^\n`#]*[^\n`# ])?|PATH=\\S+)";
+    static std::regex const form( "(?:\n#? {4,}|\n\\.Dl )" + programs + "|`" + programs + "`" );
+    std::string const text = "\n" + sourceFile( document );
+    Commands found;
+    for ( std::sregex_iterator at( text.begin(), text.end(), form ), end; at != end; ++at ) {
+        found.push_back( ( *at )[1].str() + ( *at )[2].str() );
+    }
+    return found;
+}
+
+struct Elsewhere {
+    char const* form;
+    char const* where; ///< it is run, or why it is not
+};
+
+constexpr Elsewhere elsewhere[] = {
+    { "ip netns (add|del) blue", "a namespace of its own stands for blue in every test of this file" },
+    { "ip -n blue .*|bridge -n blue mdb", "run here, in that namespace" },
+    { "PATH=.*", "concerns the terminal of a person; tests call the command by its path" },
+    { "scripts/(demo|check|test.*|bench --budgets.*)",
+      "continuous integration runs them; the tests are within" },
+    { "scripts/build asan && ctest --preset asan", "a second build of everything; run by hand" },
+    { "scripts/(build|bootstrap|format).*",
+      "scripts/check and the other scripts call them, or what they call" },
+    { "scripts/fuzz.*", "continuous integration runs each target for a moment, scripts/nightly for longer" },
+    { "scripts/(bench|soak).*", "take hours, or want the machine for themselves; scripts/nightly runs them" },
+    { "scripts/nightly", "takes the night" },
+    { "scripts/mutate.*", "builds the tree anew for each error that it makes, for hours; run by hand" },
+    { "scripts/package.*", "fetches an empty Debian from the network and wants root; run for a release" },
+    { "scripts/screen.*", "makes a page of docs/; what it shows has a test of its own on a terminal" },
+    { "IGMPHOST_RECORD=1 .*", "writes into the tree, on purpose" },
+    { "cmake --install build/release", "package.Install, with the build under test and a prefix of its own" },
+    { "man (igmphost|igmphost-scenario|docs/man/.*)",
+      "a pager; what the pages say is held against the command" },
+    { "systemctl .*",
+      "wants a system that systemd runs; scripts/package verifies the unit and runs its command" },
+    { "podman .*|docker .*", "fetch images from the network; a test runs the command of the topology" },
+    { "(\\w+=\\S+ )*containerlab .*",
+      "wants images that are not free; a test runs the command of the topology" },
+};
 
 /// The part of the README about a first scenario, with another name for its namespace.
 std::string
@@ -130,6 +178,26 @@ TEST_F( ShownCommands, RunOnAWireInMemory ) {
         }
     }
     EXPECT_THAT( verbs, IsSupersetOf( { "run", "demo", "model" } ) );
+}
+
+TEST( ShownCommandsOfOthers, AreRunElsewhereOrHaveAReason ) {
+    std::set<std::string_view> used;
+    for ( std::string const& document : documents() ) {
+        for ( std::string const& command : otherCommandsIn( document ) ) {
+            auto const row =
+                std::find_if( std::begin( elsewhere ), std::end( elsewhere ), [&]( Elsewhere const& one ) {
+                    return std::regex_match( command, std::regex( one.form ) );
+                } );
+            if ( row == std::end( elsewhere ) ) {
+                ADD_FAILURE() << document << ": who runs '" << command << "'?";
+            } else {
+                used.insert( row->form );
+            }
+        }
+    }
+    for ( Elsewhere const& one : elsewhere ) {
+        EXPECT_TRUE( used.contains( one.form ) ) << one.form << " is shown nowhere";
+    }
 }
 
 TEST_F( ShownCommands, ControlTheFirstScenario ) {
