@@ -117,14 +117,42 @@ bridgeMembershipOf( std::string const& json, std::string const& port ) {
     return membership;
 }
 
+std::string
+reasonToKnowNothing( std::string const& json ) {
+    Json const links = Json::parse( json, nullptr, false );
+    if ( !links.is_array() || links.empty() || !links[0].is_object() ) {
+        return "";
+    }
+    Json const info = links[0].value( "linkinfo", Json::object() );
+    if ( info.value( "info_kind", "" ) != "bridge" ) {
+        return "is no bridge";
+    }
+    bool const snoops = info.value( "info_data", Json::object() ).value( "mcast_snooping", 1 ) != 0;
+    return snoops ? "" : "does not snoop; of more groups than its mcast_hash_max a bridge stops snooping";
+}
+
 Membership
 bridgeMembership( MembershipCondition::Bridge const& bridge ) {
-    std::vector<std::string> words{ "bridge" };
-    if ( !bridge.ns.empty() ) {
-        words.insert( words.end(), { "-n", bridge.ns } );
+    auto const outputAbout = [&]( std::string const& program, std::vector<std::string> const& what ) {
+        std::vector<std::string> words{ program };
+        if ( !bridge.ns.empty() ) {
+            words.insert( words.end(), { "-n", bridge.ns } );
+        }
+        words.insert( words.end(), what.begin(), what.end() );
+        words.push_back( bridge.device );
+        return outputOf( std::move( words ) );
+    };
+    Membership const membership = bridgeMembershipOf(
+        outputAbout( "bridge", { "-d", "-s", "-j", "mdb", "show", "dev" } ), bridge.port
+    );
+    if ( membership.empty() ) {
+        std::string const reason =
+            reasonToKnowNothing( outputAbout( "ip", { "-d", "-j", "link", "show", "dev" } ) );
+        if ( !reason.empty() ) {
+            throw std::runtime_error( "bridge: " + bridge.device + " " + reason );
+        }
     }
-    words.insert( words.end(), { "-d", "-s", "-j", "mdb", "show", "dev", bridge.device } );
-    return bridgeMembershipOf( outputOf( std::move( words ) ), bridge.port );
+    return membership;
 }
 
 } // namespace Agent

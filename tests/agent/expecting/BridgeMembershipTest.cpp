@@ -4,6 +4,8 @@
 
 #include <sstream>
 
+#include "tests/support/Namespace.h"
+
 namespace Agent {
 
 namespace {
@@ -52,6 +54,33 @@ TEST( BridgeMembership, BridgeWithoutGroupsKnowsNone ) {
 TEST( BridgeMembership, OtherTextsAreRefused ) {
     EXPECT_THROW( bridgeMembershipOf( "", "" ), std::runtime_error );
     EXPECT_THROW( bridgeMembershipOf( R"([{"mdb":[{"port":"p0"}]}])", "" ), std::runtime_error );
+}
+
+/// What is expected not to be joined would hold of it for ever.
+TEST( BridgeMembership, WhatCannotKnowAGroupIsTold ) {
+    std::string const bridge = R"([{"ifname":"br0","linkinfo":{"info_kind":"bridge","info_data":)";
+    EXPECT_EQ( reasonToKnowNothing( bridge + R"({"mcast_snooping":1}}}])" ), "" );
+    EXPECT_EQ(
+        reasonToKnowNothing( bridge + R"({"mcast_snooping":0}}}])" ),
+        "does not snoop; of more groups than its mcast_hash_max a bridge stops snooping"
+    );
+    EXPECT_EQ(
+        reasonToKnowNothing( R"([{"ifname":"veth1","linkinfo":{"info_kind":"veth"}}])" ), "is no bridge"
+    );
+    EXPECT_EQ( reasonToKnowNothing( R"([{"ifname":"eth0"}])" ), "is no bridge" );
+    EXPECT_EQ( reasonToKnowNothing( "" ), "" );
+}
+
+TEST( BridgeMembership, RealBridgeThatDoesNotSnoopIsTold ) {
+    if ( std::string const reason = Support::Namespace::unavailable(); !reason.empty() ) {
+        GTEST_SKIP() << "needs network namespaces: " << reason;
+    }
+    Support::Namespace const ns( "bridge" );
+    ns.ip( "link add br0 up type bridge mcast_snooping 1" );
+    EXPECT_NO_THROW( bridgeMembership( { "br0", ns.name(), "" } ) );
+    ns.ip( "link set br0 type bridge mcast_snooping 0" );
+    EXPECT_THROW( bridgeMembership( { "br0", ns.name(), "" } ), std::runtime_error );
+    EXPECT_THROW( bridgeMembership( { "lo", ns.name(), "" } ), std::runtime_error );
 }
 
 TEST( BridgeMembership, MissingBridgeIsToldAsTheCommandTellsIt ) {
