@@ -18,7 +18,8 @@ if( CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_
    # g++ 12 sees overlapping copies in std::string's operator+ where there are none (GCC bug 105651).
    add_compile_options( -Wno-restrict )
 endif()
-add_compile_definitions( $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS> )
+# The C++ library checks itself wherever tests run, those of optimised builds too.
+add_compile_definitions( $<$<OR:$<CONFIG:Debug>,$<BOOL:${IGMPHOST_BUILD_TESTS}>>:_GLIBCXX_ASSERTIONS> )
 
 # Optimised builds, which read frames from strangers with privileges: what compiler and linker offer against
 # memory faults is on. A sanitizer sees more by itself, and does not bear with the checked functions of the C

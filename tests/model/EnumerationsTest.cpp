@@ -181,6 +181,26 @@ TEST( Enumerations, ReaderStopsBehindTheText ) {
     EXPECT_EQ( state, timerExpired );
 }
 
+TEST( Enumerations, TimerStatesAreReadFromTextByName ) {
+    using Traits = Kiv::ValueTraits<TimerState>;
+    for ( NamedState const& one : states ) {
+        EXPECT_EQ( Traits::parse( one.name ), one.state );
+        EXPECT_EQ( Traits::format( one.state ), one.name );
+    }
+    EXPECT_THROW( Traits::parse( "1" ), Kiv::RangeException );
+}
+
+TEST( Enumerations, EveryTextThatIsReadIsListed ) {
+    using ::testing::ElementsAre;
+    EXPECT_THAT(
+        Kiv::valueTexts<TimerState>(), ElementsAre( "timerDisabled", "timerRunning", "timerExpired" )
+    );
+    for ( std::string const& text : Kiv::valueTexts<IgmpVersion>() ) {
+        EXPECT_NO_THROW( Kiv::ValueTraits<IgmpVersion>::parse( text ) ) << text;
+    }
+    EXPECT_EQ( Kiv::valueTexts<IgmpVersion>().size(), 8U );
+}
+
 TEST( Enumerations, VersionsAreReadFromTextByNameOrNumber ) {
     using Traits = Kiv::ValueTraits<IgmpVersion>;
     for ( NamedVersion const& one : versions ) {

@@ -328,6 +328,38 @@ TEST_F( GenericIfOfEveryClass, WhatIsNoCollectionCannotBeWalked ) {
     } );
 }
 
+TEST_F( GenericIfOfEveryClass, EveryValueIsMadeUnderItsKey ) {
+    walk( false, []( GenericIf& view, Attribute const& row ) {
+        if ( !row.collection || !row.collection->create || !row.collection->valueType ) {
+            return;
+        }
+        Kiv::ValueType const* const type = row.collection->valueType;
+        GenericValue const value{ type->parse( std::string( type->name ) == "bool" ? "true" : "1" ), type };
+        view.attributeOp( { row.id, GenericIf::opSet }, absentKey( row ), value );
+        GenericValue const read = view.attributeOp( { row.id, GenericIf::opRead }, absentKey( row ) );
+        EXPECT_EQ( type->format( read.value ), type->format( value.value ) );
+    } );
+}
+
+TEST_F( GenericIfOfEveryClass, EveryMemberIsReadAndDeletedByItsKey ) {
+    walk( false, []( GenericIf& view, Attribute const& row ) {
+        if ( !row.collection || !row.collection->del ) {
+            return;
+        }
+        std::vector<GenericValue> keys;
+        for ( auto at = view.attributeIteratorConst( row.id ); GenericIf::attributeIterator_nonNull( at );
+              GenericIf::attributeIterator_iterInc( at ) ) {
+            keys.push_back( GenericIf::attributeIterator_iterKey( at ) );
+            GenericValue const member = view.attributeOp( { row.id, GenericIf::opRead }, keys.back() );
+            EXPECT_EQ( member.object, GenericIf::attributeIterator_iterObj( at ).object );
+        }
+        for ( GenericValue const& key : keys ) {
+            view.attributeOp( { row.id, GenericIf::opDel }, key );
+            EXPECT_FALSE( view.attributeOp( { row.id, GenericIf::opExists }, key ).as<bool>() );
+        }
+    } );
+}
+
 TEST_F( GenericIfOfEveryClass, UnknownAttributesAreNamed ) {
     for ( Ptr<Kiv::PtrInterface> const& object : objects() ) {
         GenericIfPtrInterface view( object );

@@ -51,6 +51,19 @@ TEST_F( Replication, AnEmptyModelIsMirrored ) {
     expectOpen( link );
 }
 
+TEST_F( Replication, TheEndOfTheFullSendIsToldOnce ) {
+    served_.host( "rx" );
+    Link link( served_, mirror_ );
+    EXPECT_EQ( link.client->role(), Connection::Role::client );
+    EXPECT_EQ( link.client->peerName(), Kiv::String8( "server" ) );
+    std::vector<std::size_t> hostsThen;
+    link.client->onSynchronisedIs( [&] { hostsThen.push_back( mirror_.hosts->igmpHosts() ); } );
+    exchange( link );
+    served_.host( "later" );
+    exchange( link );
+    EXPECT_EQ( hostsThen, std::vector<std::size_t>{ 1 } );
+}
+
 TEST_F( Replication, EveryAttributeOfEveryClassArrives ) {
     fill( served_.host( "rx" ) );
     fill( group( served_, "239.1.1.1" ) );
@@ -317,6 +330,32 @@ TEST_F( Replication, AKeyThatChangedManyTimesWhileNothingCouldBeSentGoesOnce ) {
     expectSame( served_, mirror_ );
 }
 
+TEST_F( Replication, AFullBufferHoldsBackMembersAndTheirDeletion ) {
+    Ptr<Kiv::ActivityConfig> const asleep( new Kiv::ActivityConfig );
+    Link link( served_, mirror_, true, asleep );
+    auto const clientTurns = [&]( unsigned count ) {
+        for ( unsigned i = 0; i < count; ++i ) {
+            asleep->activitySm().runOnce();
+            turns( 1 );
+        }
+    };
+    clientTurns( 10 );
+    for ( unsigned i = 0; i < 3'000; ++i ) {
+        addHost( served_, "h" + std::to_string( i ), 2 );
+        turns( i % 50 == 0 ? 1 : 0 );
+    }
+    auto const before = link.server->counters().messagesSent;
+    served_.hosts->igmpHostDelAll();
+    addHost( served_, "last", 1 );
+    turns( 5 );
+    EXPECT_EQ( link.server->counters().messagesSent, before );
+    EXPECT_LE( link.server->outputBytes(), Connection::outputLimit + frameBytes );
+    clientTurns( 60 );
+    EXPECT_EQ( mirror_.hosts->igmpHosts(), 1U );
+    expectSame( served_, mirror_ );
+    expectOpen( link );
+}
+
 TEST_F( Replication, AReconnectingPeerConverges ) {
     addHost( served_, "stays", 3 );
     addHost( served_, "goes", 2 );
@@ -399,6 +438,47 @@ TEST_F( Replication, TheLastWriteWinsWhereTwoCross ) {
     exchange( link );
     EXPECT_EQ( host( served_ )->mtu(), 2000U );
     expectSame( served_, mirror_ );
+}
+
+TEST_F( Replication, AKeyThatWaitsToBeSentIsNewerThanWhatArrives ) {
+    IpAddr const source( "10.9.9.2" );
+    auto const here = group( served_, "239.1.1.1" ).sourceIs();
+    Link link( served_, mirror_ );
+    exchange( link );
+    auto const there = group( mirror_, "239.1.1.1" ).source();
+    Ptr<Kiv::GenericIfAdapter> const writer( new Kiv::GenericIfAdapter(
+        host( mirror_ ),
+        [&]( Kiv::AttributeId, auto const& ) {
+            there->sourceIpIs( source, 5 );
+            EXPECT_TRUE( adapterOf( *there ).hasDirtyAttributes() );
+        }
+    ) );
+    host( served_ )->mtuIs( 700 ); // its application at the mirror writes the key
+    here->sourceIpIs( source, 9 ); // which arrives in the same frame, behind it
+    exchange( link );
+    EXPECT_EQ( here->sourceIp( source ), 5 );
+    EXPECT_FALSE( adapterOf( *there ).hasDirtyAttributes() );
+    expectSame( served_, mirror_ );
+}
+
+TEST_F( Replication, AReactorMayRunTheLoop ) {
+    served_.host( "rx" );
+    Link link( served_, mirror_ );
+    exchange( link );
+    Ptr<Kiv::GenericIfAdapter> const runner( new Kiv::GenericIfAdapter(
+        host( mirror_ ),
+        [&]( Kiv::AttributeId, auto const& ) {
+            served_.host( "meanwhile" );
+            mirror_.host( "too" );
+            turns( 4 );
+            EXPECT_FALSE( mirror_.hosts->igmpHost( "meanwhile" ) ); // one thing is applied at a time
+        }
+    ) );
+    host( served_ )->mtuIs( 700 );
+    exchange( link );
+    EXPECT_EQ( mirror_.hosts->igmpHosts(), 3U );
+    expectSame( served_, mirror_ );
+    expectOpen( link );
 }
 
 TEST_F( Replication, OfTwoWritersTheLastThatTheServerHearsWins ) {
@@ -552,6 +632,23 @@ TEST_F( Replication, ATextThatNoStreamMayCarryEndsTheStreamAndNothingElse ) {
     turns( 5 );
     EXPECT_EQ( link.serverEnd, "text is too long" );
     EXPECT_EQ( host( served_ )->deviceName().bytes(), 20'000U );
+}
+
+TEST_F( Replication, ATextThatNoStreamMayCarryEndsTheStreamWhenItsTurnToBeSentComes ) {
+    served_.host( "rx" );
+    Link link( served_, mirror_ );
+    exchange( link );
+    Ptr<Kiv::GenericIfAdapter> const writer( new Kiv::GenericIfAdapter(
+        host( served_ ),
+        [&]( Kiv::AttributeId id, auto const& ) {
+            if ( id == IgmpHost::attrMtu ) {
+                host( served_ )->deviceNameIs( Kiv::String8( std::string( 20'000, 'x' ) ) );
+            }
+        }
+    ) );
+    host( mirror_ )->mtuIs( 700 ); // nothing is sent while it is applied at the server
+    turns( 5 );
+    EXPECT_EQ( link.serverEnd, "text is too long" );
 }
 
 /// Random changes on a server and two writable mirrors, with the streams at rest only in the end.

@@ -23,6 +23,11 @@ TEST_F( AllowedTrafficDirectionTest, EachSurvivesItsText ) {
     }
 }
 
+TEST_F( AllowedTrafficDirectionTest, IsFoundByItsNumber ) {
+    EXPECT_EQ( allowedTrafficDirection( 2U ), AllowedTrafficDirection::egress );
+    EXPECT_THROW( allowedTrafficDirection( 3U ), Kiv::RangeException );
+}
+
 TEST_F( AllowedTrafficDirectionTest, PrintsNameOrNumber ) {
     std::ostringstream out;
     out << AllowedTrafficDirection::ingress << ' ' << AllowedTrafficDirection{ 3 };

@@ -39,6 +39,12 @@ TEST_F( VlanIdTest, ReadsAndWritesDecimal ) {
     EXPECT_EQ( out.str(), "4094" );
 }
 
+TEST_F( VlanIdTest, SurvivesItsText ) {
+    using Traits = Kiv::ValueTraits<VlanId>;
+    EXPECT_EQ( Traits::format( VlanId( 4094 ) ), "4094" );
+    EXPECT_EQ( Traits::parse( Traits::format( VlanId( 4094 ) ) ), VlanId( 4094 ) );
+}
+
 TEST_F( VlanIdTest, RefusesTextThatIsNoVlan ) {
     EXPECT_EQ( refusal( "4095" ), outOfRange );
     for ( char const* text : { "", "65537", "-1", "1a", " 1" } ) {

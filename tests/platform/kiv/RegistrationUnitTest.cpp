@@ -140,6 +140,10 @@ TEST_F( RegistrationUnitTest, HandleOfAnAttributeIsMadeOnce ) {
     EXPECT_EQ( record->attrs().size(), 1U );
 }
 
+TEST_F( RegistrationUnitTest, TypeOfAnotherUnitEndsTheProcess ) {
+    EXPECT_DEATH( unit_.type( "Test::Disc" ), "a type of the unit" );
+}
+
 /// What is told in a wrong order. Each test is of a process of its own, which ends.
 class IntrospectionReactorDeathTest : public RegistrationUnitTest {
   protected:
