@@ -70,12 +70,25 @@ makeRunParts( RunContext& context ) {
     return parts;
 }
 
+/// What ends a run in order, and what asks for the status. Of a terminal that closes, nohup keeps a run from
+/// knowing, and so it stays.
+std::vector<int>
+watchedSignals() {
+    std::vector<int> signals{ SIGINT, SIGTERM, SIGUSR1 };
+    struct sigaction hangUp {};
+    sigaction( SIGHUP, nullptr, &hangUp );
+    if ( hangUp.sa_handler != SIG_IGN ) {
+        signals.push_back( SIGHUP );
+    }
+    return signals;
+}
+
 /// A checked scenario on its way from load to teardown.
 class Runner {
   public:
     Runner( RunOptions const& options, Scenario const& scenario, Messages& messages )
         : console_( std::cerr, options.traces ),
-          signals_( { SIGINT, SIGTERM, SIGUSR1 }, [this]( int signal ) { handleSignal( signal ); } ),
+          signals_( watchedSignals(), [this]( int signal ) { handleSignal( signal ); } ),
           simulation_( options.simulate ? std::make_unique<Simulation>( scenario ) : nullptr ),
           wheel_( simulation_ ? simulation_->wheel() : Kiv::Ptr( new Lumo::TimerWheel ) ),
           context_{ options, scenario, wheel_, emulation_, traffic_, ledger_, messages } {

@@ -91,6 +91,26 @@ TEST_F( Run, SigintEndsItWithItsStatusWritten ) {
     EXPECT_EQ( agent.written( AgentProcess::output ), "" );
 }
 
+TEST_F( Run, EndOfTheTerminalEndsItWithItsStatusWritten ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", folder_.file( "status" ) } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGHUP );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    expectThreeHosts( statusFile() );
+}
+
+TEST_F( Run, UnderNohupItGoesOnWithoutATerminal ) {
+    cableIs();
+    AgentProcess agent( { "run", scenario(), "--status", "-" }, { "nohup" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    agent.signal( SIGHUP );
+    agent.signal( SIGUSR1 );
+    EXPECT_TRUE( agent.waitFor( AgentProcess::output, "\n}}\n" ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
 TEST_F( Run, DurationEndsIt ) {
     cableIs();
     AgentProcess agent( { "run", scenario(), "--status", folder_.file( "status" ), "--duration", "0.02" } );
