@@ -1,11 +1,14 @@
 #include "agent/output/FileReplacement.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <ostream>
 #include <system_error>
 
+#include "platform/zornet/device/FileDescriptor.h"
 #include "tests/agent/TemporaryFolder.h"
 
 namespace Agent {
@@ -99,8 +102,13 @@ TEST_F( FileReplacement, LinkInThePlaceOfTheNewFileIsNotFollowed ) {
 }
 
 TEST_F( FileReplacement, WhatIsNoRegularFileIsWrittenToAndStays ) {
-    replace( "/dev/null", "new" );
-    EXPECT_TRUE( std::filesystem::is_character_file( "/dev/null" ) );
+    std::string const path = folder_.file( "pipe" );
+    ASSERT_EQ( mkfifo( path.c_str(), 0600 ), 0 );
+    Zornet::FileDescriptor const pipe( open( path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC ) );
+    replace( path, "new" );
+    EXPECT_TRUE( std::filesystem::is_fifo( path ) );
+    char contents[16];
+    EXPECT_EQ( read( pipe.get(), contents, sizeof contents ), 3 );
 }
 
 TEST_F( FileReplacement, CheckLeavesNoTrace ) {
