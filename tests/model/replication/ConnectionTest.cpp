@@ -340,7 +340,7 @@ TEST_F( Replication, AFullBufferHoldsBackMembersAndTheirDeletion ) {
         }
     };
     clientTurns( 10 );
-    for ( unsigned i = 0; i < 3'000; ++i ) {
+    for ( unsigned i = 0; i < 1'500; ++i ) {
         addHost( served_, "h" + std::to_string( i ), 2 );
         turns( i % 50 == 0 ? 1 : 0 );
     }
