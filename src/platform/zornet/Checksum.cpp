@@ -30,7 +30,9 @@ ipChecksumCalc( char const* data, unsigned short length, unsigned int seed ) {
         data += sizeof word;
     }
     word = 0;
-    std::memcpy( &word, data, length );
+    if ( length != 0 ) { // of no bytes there may be no address
+        std::memcpy( &word, data, length );
+    }
     return static_cast<U16>( ~folded( seed + U64{ ntohs( folded( sum + word ) ) } ) );
 }
 
