@@ -52,8 +52,9 @@ class TemplatesTest : public Support::DeliveryTest {
     std::string bytesOf( Zornet::Pkt const& pkt ) {
         Lab::Bytes frame( pkt.bytes() );
         pkt.copyTo( frame.data() );
-        std::string text = Zornet::hex( frame );
-        return text.replace( ( sm().offsetIgmpReportHeader() + 2U ) * 2, 4, "xxxx" );
+        unsigned const checksum = sm().offsetIgmpReportHeader() + 2U;
+        frame[checksum] = frame[checksum + 1] = 0; // not even looked at
+        return Zornet::hex( frame ).replace( checksum * 2, 4, "xxxx" );
     }
     /// The same of a version 3 template, which has to be that of version 2 too.
     std::string templateBytes() {

@@ -143,7 +143,7 @@ TEST_F( HostilePeer, AnAcknowledgementOfNothing ) {
 
 TEST_F( HostilePeer, AMessageCutShort ) {
     Bytes message = newHost( client0, "rx" );
-    message.resize( message.size() - 4 );
+    message.erase( message.end() - 4, message.end() );
     EXPECT_EQ( answerTo( message ), "record is too short" );
     EXPECT_EQ( served_.hosts->igmpHosts(), 0U );
 }
