@@ -49,7 +49,7 @@ TEST_F( BridgeVersion2, ALeaveIsSeenAndEndsTheMembership ) {
     Memberships const one{ { "239.1.1.2", {} } };
     EXPECT_EQ( awaitTable( "p1", one, 2.0 ), one );
     EXPECT_EQ( status( host ).v2LeavesSent(), 1U );
-    EXPECT_THAT( dissected(), Contains( "10.0.0.1|224.0.0.2|0x17|239.1.1.1" ) );
+    EXPECT_THAT( reports(), Contains( "10.0.0.1|224.0.0.2|0x17|239.1.1.1" ) );
 }
 
 TEST_F( BridgeVersion2, AForeignReportSuppressesTheAnswer ) {
@@ -69,7 +69,7 @@ TEST_F( BridgeVersion2, AForeignReportSuppressesTheAnswer ) {
                                "    s.send(frame)\n"
                                "    time.sleep(0.01)\n"
                                "END";
-    FILE* const injector = popen( ( "ip netns exec " + bridge_.name() + " " + script ).c_str(), "r" );
+    FILE* const injector = popen( ( "ip netns exec " + bridge().name() + " " + script ).c_str(), "r" );
     Kiv::defaultActivity()->activitySm().runUntil(
         [&] { return status( host ).v12ReportReceived() > 10; }, 5.0
     );

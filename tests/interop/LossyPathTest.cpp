@@ -66,7 +66,7 @@ class LossyPath : public FaultTest, public ::testing::WithParamInterface<Igmp::I
 
     void SetUp() override {
         FaultTest::SetUp();
-        if ( !IsSkipped() ) {
+        if ( !IsSkipped() && !HasFatalFailure() ) {
             forwarder_ = std::make_unique<Forwarder>( mid_.ns(), wheel() );
             querierIs();
             hostsAre( count, GetParam() );

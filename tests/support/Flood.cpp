@@ -24,7 +24,8 @@ keepPace( double start, std::size_t sent, double perSecond ) {
 void
 send( PacketEnd end, Bytes const& frame, double perSecond, std::ostream& out ) {
     std::signal( SIGTERM, []( int ) { stopping = 1; } );
-    [[maybe_unused]] int const niceness = nice( 10 ); // the hosts are to have what processor they need
+    // Beside other tests it is to leave the hosts what processor they need.
+    [[maybe_unused]] int const niceness = std::getenv( "IGMPHOST_FAULT_SECONDS" ) ? 0 : nice( 10 );
     std::vector<Bytes> const frames( batch, frame );
     double const start = wallClock();
     std::size_t sent = 0;
