@@ -164,7 +164,9 @@ FaultTest::expectNothingLostUncounted( U64 stops, U64 lostByDevice ) {
         return heard_.size() + framesLost( stops ) >= reportsSent();
     } );
     EXPECT_LE( heard_.size() + framesLost( stops ), reportsSent() );
-    EXPECT_GE( heard_.size() + framesLost( stops ) + lostByDevice, reportsSent() );
+    EXPECT_GE( heard_.size() + framesLost( stops ) + lostByDevice, reportsSent() )
+        << near_.ip( "-s -s link show near0" ) << near_.run( "tc -s qdisc show dev near0" )
+        << far_.ip( "-s -s link show far0" );
 }
 
 U64
