@@ -1,5 +1,6 @@
 #include <chrono>
 
+#include "platform/zornet/device/SendBatch.h"
 #include "tests/interop/DeviceFixture.h"
 
 namespace Zornet {
@@ -241,11 +242,11 @@ TEST_F( DevicePacketsTest, FrameLeavesWithTheTurn ) {
 
 TEST_F( DevicePacketsTest, FullBatchLeavesAtOnce ) {
     Station const station = ipv4Station();
-    for ( U32 mark = 0; mark < 65; ++mark ) {
+    for ( U32 mark = 0; mark < SendBatch::burst + 1; ++mark ) {
         station.send( igmpFrame( mark ) );
     }
-    EXPECT_EQ( farEnd().heard().size(), 64U );
-    EXPECT_TRUE( farEndHears( 65 ) );
+    EXPECT_EQ( farEnd().heard().size(), SendBatch::burst );
+    EXPECT_TRUE( farEndHears( SendBatch::burst + 1 ) );
 }
 
 TEST_F( DevicePacketsTest, ClosingSendsWhatWaits ) {

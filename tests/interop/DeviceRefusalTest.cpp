@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "platform/zornet/device/Device.h"
+#include "platform/zornet/device/SendBatch.h"
 #include "tests/interop/DeviceFixture.h"
 
 namespace {
@@ -36,6 +37,8 @@ sendmmsg( int socket, mmsghdr* messages, unsigned count, int flags ) {
 namespace Zornet {
 
 namespace {
+
+constexpr U32 burst = SendBatch::burst;
 
 /// A device whose kernel does not always take what it is given.
 class DeviceRefusalTest : public DeviceFixture {
@@ -120,7 +123,7 @@ TEST_F( DeviceRefusalTest, WantOfRoomMakesFramesWaitInOrder ) {
 TEST_F( DeviceRefusalTest, NothingIsTriedWhileThereIsNoRoom ) {
     Station const host = station();
     always = -ENOBUFS;
-    sendMarks( host, 64 );
+    sendMarks( host, burst );
     unsigned const before = calls;
     sendMarks( host, 1000 );
     EXPECT_EQ( calls, before );
@@ -183,20 +186,21 @@ TEST_F( DeviceRefusalTest, ReactorOnAnErrorMayCloseTheDevice ) {
     Kiv::Ptr<ErrorReader> const reader( new ErrorReader( host.pam, [&] { host.pam->deviceOpenIs( false ); } )
     );
     nextAnswers = { -EMSGSIZE };
-    sendMarks( host, 64 );
+    sendMarks( host, burst );
     EXPECT_FALSE( host.pam->deviceOpen() );
     EXPECT_EQ( host.pam->txErrors(), 1U );
-    EXPECT_EQ( farEnd().heard().size(), 63U );
+    EXPECT_EQ( farEnd().heard().size(), burst - 1 );
 }
 
 TEST_F( DeviceRefusalTest, ReactorOnAnErrorMaySend ) {
     Station const host = station();
-    Kiv::Ptr<ErrorReader> const reader( new ErrorReader( host.pam, [&] { host.send( igmpFrame( 64 ) ); } ) );
+    Kiv::Ptr<ErrorReader> const reader( new ErrorReader( host.pam, [&] { host.send( igmpFrame( burst ) ); } )
+    );
     nextAnswers = { -EMSGSIZE };
-    sendMarks( host, 64 );
-    ASSERT_TRUE( eventually( [&] { return farEnd().heard().size() == 64; } ) );
+    sendMarks( host, burst );
+    ASSERT_TRUE( eventually( [&] { return farEnd().heard().size() == burst; } ) );
     EXPECT_EQ( markOf( farEnd().heard().front() ), 1U );
-    EXPECT_EQ( markOf( farEnd().heard().back() ), 64U );
+    EXPECT_EQ( markOf( farEnd().heard().back() ), burst );
 }
 
 TEST_F( DeviceRefusalTest, ReactorMayReopenAStoppedDevice ) {

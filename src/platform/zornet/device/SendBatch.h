@@ -18,7 +18,7 @@ namespace Zornet {
 class SendBatch {
   public:
     /// Frames that are handed to the kernel at a time.
-    static constexpr std::size_t burst = 64;
+    static constexpr std::size_t burst = 256;
     /// All that may wait: 50,000 reports and more. Pages that are never reached take no memory.
     static constexpr std::size_t capacity = std::size_t{ 4 } << 20;
 

@@ -46,17 +46,18 @@ TEST_F( SendBatchTest, CopiesWhatItIsGiven ) {
 }
 
 TEST_F( SendBatchTest, GivesABurstAtATimeInOrder ) {
+    constexpr U64 burst = SendBatch::burst;
     SendBatch batch;
-    for ( U64 i = 0; i < 100; ++i ) {
+    for ( U64 i = 0; i < burst + 36; ++i ) {
         batch.push( i, frameOf( 40 + i, i ) );
     }
-    ASSERT_EQ( batch.oldest().size(), SendBatch::burst );
-    EXPECT_EQ( frameIn( batch.oldest()[63] ), frameOf( 103, 63 ) );
-    batch.pop( 64 );
+    ASSERT_EQ( batch.oldest().size(), burst );
+    EXPECT_EQ( frameIn( batch.oldest()[burst - 1] ), frameOf( 40 + burst - 1, burst - 1 ) );
+    batch.pop( burst );
     EXPECT_EQ( batch.size(), 36U );
     ASSERT_EQ( batch.oldest().size(), 36U );
-    EXPECT_EQ( frameIn( batch.oldest()[0] ), frameOf( 104, 64 ) );
-    EXPECT_EQ( batch.oldestSender(), 64U );
+    EXPECT_EQ( frameIn( batch.oldest()[0] ), frameOf( 40 + burst, burst ) );
+    EXPECT_EQ( batch.oldestSender(), burst );
 }
 
 TEST_F( SendBatchTest, RefusesWhatDoesNotFitAndKeepsTheRest ) {
