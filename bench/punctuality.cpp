@@ -65,9 +65,10 @@ ours( unsigned runs ) {
     Hosts::Plan plan{ ourHosts };
     plan.device = Bench::VethPair::nearDevice;
     plan.ns = link.nearNs.name().c_str();
+    plan.unsolicitedReportInterval = 1.0;
     Hosts hosts( plan );
     Kiv::ActivitySm& activity = Kiv::defaultActivity()->activitySm();
-    activity.runFor( 15.0 ); // the repeats of the joins
+    activity.runFor( 2.0 ); // the repeats of the joins
     std::vector<Punctuality> results;
     for ( unsigned i = 0; i < runs; ++i ) {
         far.takeAll();
@@ -92,7 +93,7 @@ kernels( unsigned runs ) {
     Bench::KernelHosts hosts( link, kernelHosts );
     hosts.join();
     Kiv::ActivitySm& activity = Kiv::defaultActivity()->activitySm();
-    activity.runFor( 12.0 );
+    activity.runFor( 3.0 ); // the repeats of the joins
     std::vector<double> results;
     for ( unsigned i = 0; i < runs; ++i ) {
         far.takeAll();

@@ -83,8 +83,9 @@ measureFlood( Bench::Figures& figures, unsigned runs ) {
     Hosts::Plan plan{ 1'000 };
     plan.device = Bench::VethPair::nearDevice;
     plan.ns = link.nearNs.name().c_str();
+    plan.unsolicitedReportInterval = 1.0;
     Hosts const hosts( plan );
-    Kiv::defaultActivity()->activitySm().runFor( 12.0 ); // the repeats of the joins
+    Kiv::defaultActivity()->activitySm().runFor( 2.0 ); // the repeats of the joins
     Bench::SharedCounter sent;
     std::vector<double> more, rates;
     for ( unsigned i = 0; i < runs; ++i ) {
@@ -114,8 +115,9 @@ measureIdle( Bench::Figures& figures, Bench::Effort const& effort ) {
     Hosts::Plan plan{ count };
     plan.device = Bench::VethPair::nearDevice;
     plan.ns = link.nearNs.name().c_str();
+    plan.unsolicitedReportInterval = 1.0;
     Hosts const hosts( plan );
-    Kiv::defaultActivity()->activitySm().runFor( 13.0 );
+    Kiv::defaultActivity()->activitySm().runFor( 2.0 ); // the repeats of the joins
     std::vector<double> wakes, milliseconds;
     for ( unsigned i = 0; i < effort.runs; ++i ) {
         Usage const used = usageOver( span );

@@ -23,8 +23,9 @@ struct Setting {
         plan.device = Bench::VethPair::nearDevice;
         plan.ns = link.nearNs.name().c_str();
         plan.answersAtOnce = true;
+        plan.unsolicitedReportInterval = 1.0;
         hosts.emplace( plan );
-        activity.runFor( 15.0 ); // the repeats of the joins
+        activity.runFor( 2.0 ); // the repeats of the joins
         far.takeAll();
     }
 

@@ -28,10 +28,12 @@ addressOf( std::size_t i ) {
 
 } // namespace
 
-KernelHosts::KernelHosts( VethPair const& link, std::size_t count ) : link_( link ), count_( count ) {
+KernelHosts::KernelHosts( VethPair const& link, std::size_t count, std::size_t first )
+    : link_( link ), count_( count ), first_( first ) {
     link.nearNs.run( "sysctl -q -w net.ipv4.conf.all.force_igmp_version=2" );
+    link.nearNs.run( "sysctl -q -w net.ipv4.conf.default.igmpv2_unsolicited_report_interval=1000" );
     FILE* const batch = popen( ( "ip -n " + link.nearNs.name() + " -batch -" ).c_str(), "w" );
-    for ( std::size_t i = 0; i < count; ++i ) {
+    for ( std::size_t i = first; i < first + count; ++i ) {
         std::string const device = deviceOf( i );
         std::fprintf(
             batch,
@@ -47,8 +49,8 @@ KernelHosts::KernelHosts( VethPair const& link, std::size_t count ) : link_( lin
 void
 KernelHosts::join() {
     Zornet::NamespaceEntry const entry( link_.nearNs.ns() );
-    for ( std::size_t i = 0; i < count_; ++i ) {
-        if ( i % membershipsPerSocket == 0 ) {
+    for ( std::size_t i = first_; i < first_ + count_; ++i ) {
+        if ( ( i - first_ ) % membershipsPerSocket == 0 ) {
             sockets_.emplace_back( socket( AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0 ) );
         }
         ip_mreqn membership{};

@@ -12,14 +12,16 @@ namespace Bench {
 /// They speak version 2. They go with the namespace.
 class KernelHosts {
   public:
-    /// 62,500 at most. Raises std::runtime_error where the kernel refuses.
-    KernelHosts( VethPair const& link, std::size_t count );
+    /// 62,500 at most, numbered from `first` on, so that several may share a link. Raises std::runtime_error
+    /// where the kernel refuses.
+    KernelHosts( VethPair const& link, std::size_t count, std::size_t first = 0 );
     /// Joins the group at every host.
     void join();
 
   private:
     VethPair const& link_;
     std::size_t const count_;
+    std::size_t const first_;
     std::vector<Zornet::FileDescriptor> sockets_; ///< each holds some of the memberships
 };
 

@@ -28,7 +28,7 @@ Hosts::Hosts( Plan const& plan )
       statusDir_( igmpHostStatusDirFactory( "status" ) ),
       dirSm_( igmpHostDirSmFactory( nullptr, dir_, statusDir_, wheel_ ) ) {
     for ( std::size_t i = 0; i < plan.hosts; ++i ) {
-        Ptr<IgmpHost> const host = dir_->igmpHostIs( nameOf( i ) );
+        Ptr<IgmpHost> const host = hosts_.emplace_back( dir_->igmpHostIs( nameOf( i ) ) );
         host->ipAddrIs( address( i ) );
         host->deviceNameIs( plan.device );
         host->nsIs( Zornet::NamespaceName( plan.ns ) );
@@ -42,6 +42,7 @@ Hosts::Hosts( Plan const& plan )
             host->igmpVersionForcedIs( true );
             host->v1MaxResponseTimeIs( 0 );
         }
+        host->unsolicitedReportIntervalIs( plan.unsolicitedReportInterval );
         host->intfConfigVersionIs( 1 );
         host->enabledIs( true );
         for ( std::size_t g = 0; g < plan.groups; ++g ) {
@@ -62,11 +63,6 @@ Hosts::join( IgmpHost& host, std::size_t number, std::size_t sources ) {
         record->sourceIs()->sourceIpIs( IpAddr::fromHost( 0x0a090001U + static_cast<U32>( s ) ), 1 );
     }
     record->versionIs( 1 );
-}
-
-IgmpHost&
-Hosts::host( std::size_t i ) {
-    return *dir_->igmpHost( nameOf( i ) );
 }
 
 IgmpHostStatus&

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "engine/IgmpHostDirSm.h"
 #include "platform/kiv/Clock.h"
 #include "platform/zornet/device/DeviceProvider.h"
@@ -45,14 +47,15 @@ class Hosts {
         std::size_t sources = 0; ///< of each group; include mode where there are any, else exclude
         char const* device = "bench0";
         char const* ns = "";
-        bool ownVlans = false;      ///< host i in VLAN i + 1, all on one shared device
-        bool answersAtOnce = false; ///< v1MaxResponseTime 0, and the version held
+        bool ownVlans = false;                        ///< host i in VLAN i + 1, all on one shared device
+        bool answersAtOnce = false;                   ///< v1MaxResponseTime 0, and the version held
+        Kiv::Seconds unsolicitedReportInterval = 0.0; ///< 0 takes that of the version
     };
 
     explicit Hosts( Plan const& plan );
     ~Hosts();
 
-    Igmp::IgmpHost& host( std::size_t i );
+    Igmp::IgmpHost& host( std::size_t i ) { return *hosts_[i]; }
     static Zornet::IpAddr group( std::size_t i ) {
         return Zornet::IpAddr::fromHost( 0xef010000U + static_cast<U32>( i ) );
     }
@@ -66,6 +69,7 @@ class Hosts {
   private:
     Ptr<Lumo::TimerWheel> wheel_;
     Ptr<Igmp::IgmpHostDir> dir_;
+    std::vector<Ptr<Igmp::IgmpHost>> hosts_;
     Ptr<Igmp::IgmpHostStatusDir> statusDir_;
     Ptr<Igmp::IgmpHostDirSm> dirSm_;
 };
