@@ -94,4 +94,9 @@ TraceLine::~TraceLine() {
     Quillog::record( { handle_.name(), level_, now() }, text_.str() );
 }
 
+TraceLine
+traceHelper( TraceHandle const& handle, int level ) {
+    return TraceLine( handle, level );
+}
+
 } // namespace Kiv

@@ -112,10 +112,7 @@ class TraceLine {
     std::ostringstream text_;
 };
 
-inline TraceLine
-traceHelper( TraceHandle const& handle, int level ) {
-    return TraceLine( handle, level );
-}
+TraceLine traceHelper( TraceHandle const& handle, int level );
 
 } // namespace Kiv
 
