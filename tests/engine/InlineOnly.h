@@ -11,9 +11,8 @@
 /// - GoldenTimelines: configuring a host in one go counts as a change of everything, which runs the enable
 ///   sequence again and draws other delays.
 /// - VersionsInline: the watcher of the version in force must hear of each value that stands for an instant.
-/// - UnsolicitedInline: the order of two changes of a status decides; told together, they come in the order
-/// of
-///   the callbacks.
+/// - UnsolicitedInline: the order of two changes of a status decides; told together, they come in
+///   the order of the callbacks.
 /// - GroupTimerInline, MembershipInline: they look at the machine from inside a send, between two of its
 ///   steps, or remove there what it works on.
 /// - LifecycleInline, BoundReactors: they look at the machine from inside a sequence, step by step, or call
