@@ -180,4 +180,28 @@ class DeviceFixture : public ::testing::Test {
     }
 };
 
+/// A cable between two namespaces: the stations under test on `near0`, the far end on `far0`.
+class CableFixture : public DeviceFixture {
+  protected:
+    void SetUp() override {
+        DeviceFixture::SetUp();
+        if ( IsSkipped() ) {
+            return;
+        }
+        near_ = std::make_unique<Support::Namespace>( "near" );
+        far_ = std::make_unique<Support::Namespace>( "far" );
+        vethIs( *near_, "near0", *far_, "far0" );
+        farEnd_ = std::make_unique<FarEnd>( *far_, "far0" );
+    }
+
+    Station station( U16 protocol = ethTypeIp ) { return { *near_, "near0", protocol }; }
+    Support::Namespace& nearNs() { return *near_; }
+    FarEnd& farEnd() { return *farEnd_; }
+
+  private:
+    std::unique_ptr<Support::Namespace> near_;
+    std::unique_ptr<Support::Namespace> far_;
+    std::unique_ptr<FarEnd> farEnd_;
+};
+
 } // namespace Zornet

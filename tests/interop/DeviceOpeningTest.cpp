@@ -32,26 +32,11 @@ namespace Zornet {
 namespace {
 
 /// A device whose kernel does not give it all that it asks for.
-class DeviceOpeningTest : public DeviceFixture {
+class DeviceOpeningTest : public CableFixture {
   protected:
-    void SetUp() override {
-        DeviceFixture::SetUp();
-        if ( IsSkipped() ) {
-            return;
-        }
-        near_ = std::make_unique<Support::Namespace>( "near" );
-        far_ = std::make_unique<Support::Namespace>( "far" );
-        vethIs( *near_, "near0", *far_, "far0" );
-    }
     void TearDown() override { refused = {}; }
 
-    Station station() { return { *near_, "near0", ethTypeIp }; }
     static bool running( Station const& station ) { return station.pam->device()->running(); }
-    Support::Namespace& nearNs() { return *near_; }
-
-  private:
-    std::unique_ptr<Support::Namespace> near_;
-    std::unique_ptr<Support::Namespace> far_;
 };
 
 } // namespace

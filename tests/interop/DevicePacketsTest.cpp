@@ -9,24 +9,10 @@ namespace {
 
 constexpr U32 endMark = 0xffffffff;
 
-/// A cable between two namespaces, with the stations under test at the near end.
-class DevicePacketsTest : public DeviceFixture {
+class DevicePacketsTest : public CableFixture {
   protected:
-    void SetUp() override {
-        DeviceFixture::SetUp();
-        if ( IsSkipped() ) {
-            return;
-        }
-        near_ = std::make_unique<Support::Namespace>( "near" );
-        far_ = std::make_unique<Support::Namespace>( "far" );
-        vethIs( *near_, "near0", *far_, "far0" );
-        farEnd_ = std::make_unique<FarEnd>( *far_, "far0" );
-    }
-
-    Station everyStation() { return { *near_, "near0", EthDevPam::everyProtocol }; }
-    Station ipv4Station() { return { *near_, "near0", ethTypeIp }; }
-    Support::Namespace& nearNs() { return *near_; }
-    FarEnd& farEnd() { return *farEnd_; }
+    Station everyStation() { return station( EthDevPam::everyProtocol ); }
+    Station ipv4Station() { return station(); }
 
     /// Lets the far end send a last frame and waits until `station` hears it, and with it all that came
     /// before.
@@ -39,11 +25,6 @@ class DevicePacketsTest : public DeviceFixture {
     bool farEndHears( std::size_t frames ) {
         return eventually( [&] { return farEnd().heard().size() >= frames; } );
     }
-
-  private:
-    std::unique_ptr<Support::Namespace> near_;
-    std::unique_ptr<Support::Namespace> far_;
-    std::unique_ptr<FarEnd> farEnd_;
 };
 
 /// A tag of every VLAN from 0 to 4095, with every priority and both values of the drop bit among them.

@@ -41,27 +41,16 @@ namespace {
 constexpr U32 burst = SendBatch::burst;
 
 /// A device whose kernel does not always take what it is given.
-class DeviceRefusalTest : public DeviceFixture {
+class DeviceRefusalTest : public CableFixture {
   protected:
     void SetUp() override {
-        DeviceFixture::SetUp();
-        if ( IsSkipped() ) {
-            return;
-        }
-        near_ = std::make_unique<Support::Namespace>( "near" );
-        far_ = std::make_unique<Support::Namespace>( "far" );
-        vethIs( *near_, "near0", *far_, "far0" );
-        farEnd_ = std::make_unique<FarEnd>( *far_, "far0" );
+        CableFixture::SetUp();
         calls = 0;
     }
     void TearDown() override {
         nextAnswers.clear();
         always = 0;
     }
-
-    Station station() { return { *near_, "near0", ethTypeIp }; }
-    Support::Namespace& nearNs() { return *near_; }
-    FarEnd& farEnd() { return *farEnd_; }
 
     static void sendMarks( Station const& station, U32 count ) {
         for ( U32 mark = 0; mark < count; ++mark ) {
@@ -79,11 +68,6 @@ class DeviceRefusalTest : public DeviceFixture {
         return farEnd().heard().size() == count;
     }
     static void turn() { Kiv::defaultActivity()->activitySm().runOnce(); }
-
-  private:
-    std::unique_ptr<Support::Namespace> near_;
-    std::unique_ptr<Support::Namespace> far_;
-    std::unique_ptr<FarEnd> farEnd_;
 };
 
 /// A reactor that does what the test says when a send error is counted.

@@ -233,15 +233,9 @@ TEST_F( Replication, AChangeDoesNotOvertakeThoseThatWait ) {
 TEST_F( Replication, AFullBufferCostsMarksAndTheLatestValueGoesOnce ) {
     Ptr<Kiv::ActivityConfig> const asleep( new Kiv::ActivityConfig );
     Link link( served_, mirror_, true, asleep );
-    auto const clientTurns = [&]( unsigned count ) {
-        for ( unsigned i = 0; i < count; ++i ) {
-            asleep->activitySm().runOnce();
-            turns( 1 );
-        }
-    };
-    clientTurns( 10 );
+    clientTurns( asleep, 10 );
     served_.host( "rx" );
-    clientTurns( 10 );
+    clientTurns( asleep, 10 );
     for ( unsigned i = 0; i < 1'500; ++i ) {
         addHost( served_, "h" + std::to_string( i ), 3 );
         turns( i % 50 == 0 ? 1 : 0 );
@@ -260,7 +254,7 @@ TEST_F( Replication, AFullBufferCostsMarksAndTheLatestValueGoesOnce ) {
     Ptr<Kiv::GenericIfAdapter> const watcher(
         new Kiv::GenericIfAdapter( host( mirror_ ), [&]( Kiv::AttributeId, auto const& ) { ++told; } )
     );
-    clientTurns( 60 );
+    clientTurns( asleep, 60 );
     EXPECT_EQ( told, 1U );
     expectSame( served_, mirror_ );
 }
@@ -272,13 +266,7 @@ TEST_F( Replication, APeerThatDoesNotReadCostsTheSameForManyChangesAsForFew ) {
         addHost( served_, "h" + std::to_string( i ), 3 );
     }
     Link link( served_, mirror_, true, asleep );
-    auto const clientTurns = [&]( unsigned count ) {
-        for ( unsigned i = 0; i < count; ++i ) {
-            asleep->activitySm().runOnce();
-            turns( 1 );
-        }
-    };
-    clientTurns( 20 );
+    clientTurns( asleep, 20 );
     ASSERT_TRUE( link.client->isSynchronised() );
     auto const changeRound = [&]( U32 round ) {
         for ( IgmpHost& host : served_.hosts->igmpHost() ) {
@@ -304,7 +292,7 @@ TEST_F( Replication, APeerThatDoesNotReadCostsTheSameForManyChangesAsForFew ) {
     }
     EXPECT_LT( mallinfo2().uordblks, before + 64 * 1024 );
     EXPECT_LE( link.server->outputBytes(), Connection::outputLimit + frameBytes );
-    clientTurns( 60 );
+    clientTurns( asleep, 60 );
     expectSame( served_, mirror_ );
     expectOpen( link );
 }
@@ -333,13 +321,7 @@ TEST_F( Replication, AKeyThatChangedManyTimesWhileNothingCouldBeSentGoesOnce ) {
 TEST_F( Replication, AFullBufferHoldsBackMembersAndTheirDeletion ) {
     Ptr<Kiv::ActivityConfig> const asleep( new Kiv::ActivityConfig );
     Link link( served_, mirror_, true, asleep );
-    auto const clientTurns = [&]( unsigned count ) {
-        for ( unsigned i = 0; i < count; ++i ) {
-            asleep->activitySm().runOnce();
-            turns( 1 );
-        }
-    };
-    clientTurns( 10 );
+    clientTurns( asleep, 10 );
     for ( unsigned i = 0; i < 1'500; ++i ) {
         addHost( served_, "h" + std::to_string( i ), 2 );
         turns( i % 50 == 0 ? 1 : 0 );
@@ -350,7 +332,7 @@ TEST_F( Replication, AFullBufferHoldsBackMembersAndTheirDeletion ) {
     turns( 5 );
     EXPECT_EQ( link.server->counters().messagesSent, before );
     EXPECT_LE( link.server->outputBytes(), Connection::outputLimit + frameBytes );
-    clientTurns( 60 );
+    clientTurns( asleep, 60 );
     EXPECT_EQ( mirror_.hosts->igmpHosts(), 1U );
     expectSame( served_, mirror_ );
     expectOpen( link );

@@ -104,6 +104,14 @@ ReplicationTest::turns( unsigned count ) {
 }
 
 void
+ReplicationTest::clientTurns( Ptr<Kiv::ActivityConfig> const& client, unsigned count ) {
+    for ( unsigned i = 0; i < count; ++i ) {
+        client->activitySm().runOnce();
+        turns( 1 );
+    }
+}
+
+void
 ReplicationTest::exchange( Link& link ) {
     auto const isDone = [&link] {
         bool const isSettled = link.server->isSettled() && link.client->isSettled();

@@ -52,6 +52,8 @@ class ReplicationTest : public Support::SimulatedTest {
     /// Turns of the loop until everything that was written has been applied, or somebody has ended.
     static void exchange( Link& link );
     static void turns( unsigned count );
+    /// The same, each behind a turn of a client that has an activity of its own.
+    static void clientTurns( Ptr<Kiv::ActivityConfig> const& client, unsigned count );
     /// Moves every replicated scalar of an entity away from its default.
     static void fill( Kiv::Entity& entity );
     void expectSame( Model const& a, Model const& b ) { EXPECT_EQ( a.text(), b.text() ); }
