@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <unordered_set>
 
 #include "agent/scenario/Scenario.h"
@@ -30,11 +31,85 @@ indexAfter( std::size_t dash, std::string const& name ) {
     return isNumber ? std::optional( number - 1 ) : std::nullopt;
 }
 
-/// True where every name that begins with `stem` matches the pattern: "rx*" and "rx-".
+/// What every name that matches the pattern begins with.
+std::string_view
+beginOf( std::string_view pattern ) {
+    return pattern.substr( 0, pattern.find_first_of( wildcards ) );
+}
+
+/// What every name that matches the pattern ends with.
+std::string_view
+endOf( std::string_view pattern ) {
+    return pattern.substr( pattern.find_last_of( "*?[]\\" ) + 1 );
+}
+
+/// True where every name that begins as the pattern does matches it: "rx*".
 bool
-matchesAll( std::string_view pattern, std::string_view stem ) {
-    return pattern.find_first_of( wildcards ) == pattern.size() - 1 && pattern.back() == '*' &&
-           stem.starts_with( pattern.substr( 0, pattern.size() - 1 ) );
+isOpen( std::string_view pattern ) {
+    return pattern.back() == '*' && beginOf( pattern ).size() == pattern.size() - 1;
+}
+
+/// What the number in a name is, modulo `step`.
+struct LastDigits {
+    U64 number = 0;
+    U64 step = 1;
+};
+
+/// Of what the name of one of several hosts ends with.
+LastDigits
+lastDigits( std::string_view end ) {
+    constexpr U64 base = 10;
+    LastDigits last;
+    for ( ; !end.empty() && last.step <= mostHosts; end.remove_suffix( 1 ) ) {
+        if ( end.back() < '0' || end.back() > '9' ) {
+            break;
+        }
+        last.number += static_cast<U64>( end.back() - '0' ) * last.step;
+        last.step *= base;
+    }
+    return last;
+}
+
+/// Whether one of several hosts can have such a name: it ends in a digit.
+bool
+mayHaveNumber( std::string_view pattern ) {
+    std::string_view const end = endOf( pattern );
+    return end.empty() || ( end.back() >= '0' && end.back() <= '9' );
+}
+
+/// Adds a range that does not come before the last one; one that follows it directly makes it longer.
+void
+append( HostRange const& range, std::vector<HostRange>& ranges ) {
+    bool const follows = !ranges.empty() && ranges.back().entry == range.entry &&
+                         ranges.back().first + ranges.back().count == range.first;
+    if ( follows ) {
+        ranges.back().count += range.count;
+    } else {
+        ranges.push_back( range );
+    }
+}
+
+std::string
+mirrored( std::string_view text ) {
+    return { text.rbegin(), text.rend() };
+}
+
+/// The entries that `isMeant` says, by the names that `nameOf` gives them.
+template <class IsMeant, class NameOf>
+NameOrder
+orderOf( Scenario const& scenario, IsMeant isMeant, NameOf nameOf ) {
+    std::vector<NameOrder::Named> names;
+    for ( U32 entry = 0; entry < scenario.hosts.size(); ++entry ) {
+        if ( isMeant( scenario.hosts[entry] ) ) {
+            names.push_back( { nameOf( scenario.hosts[entry] ), entry } );
+        }
+    }
+    return NameOrder( std::move( names ) );
+}
+
+bool
+isSingle( HostSpec const& spec ) {
+    return spec.count == 1;
 }
 
 } // namespace
@@ -70,14 +145,22 @@ HostSelection::host( U64 index ) const {
     return { range.entry, range.first + offset, range.number + offset };
 }
 
-HostFinder::HostFinder( Scenario const& scenario ) : scenario_( scenario ) {
+HostFinder::HostFinder( Scenario const& scenario, U64 steps )
+    : scenario_( scenario ),
+      singleOrder_( orderOf( scenario, isSingle, []( HostSpec const& spec ) { return spec.name; } ) ),
+      mirroredOrder_(
+          orderOf( scenario, isSingle, []( HostSpec const& spec ) { return mirrored( spec.name ); } )
+      ),
+      seriesOrder_(
+          orderOf( scenario, std::not_fn( isSingle ), []( HostSpec const& spec ) { return spec.name + "-"; } )
+      ),
+      stepsLeft_( steps ) {
     U64 number = 0;
     U32 entry = 0;
     for ( HostSpec const& spec : scenario.hosts ) {
         numbers_.push_back( number );
         number += spec.count;
-        stems_.emplace( spec.count == 1 ? spec.name : spec.name + "-", entry );
-        ( spec.count == 1 ? single_ : series_ ).emplace( spec.name, entry++ );
+        ( isSingle( spec ) ? single_ : series_ ).emplace( spec.name, entry++ );
     }
 }
 
@@ -86,7 +169,7 @@ HostFinder::find( std::vector<HostName> const& names, Diagnostics& errors ) {
     std::vector<std::string> texts;
     for ( HostName const& name : names ) {
         texts.push_back( name.text );
-        if ( rangesOf( name.text ).empty() ) {
+        if ( rangesOf( name.text ).empty() && stepsLeft_ != 0 ) {
             errors.add( name.at, unknown( name.text ) );
         }
     }
@@ -94,15 +177,33 @@ HostFinder::find( std::vector<HostName> const& names, Diagnostics& errors ) {
     if ( isNew ) {
         selection->second = select( names );
     }
+    if ( stepsLeft_ == 0 && !names.empty() ) {
+        tellTooWide( names.back(), errors );
+        return {};
+    }
     return selection->second;
+}
+
+/// From there on the same is said of all names: which hosts they mean is not known.
+void
+HostFinder::tellTooWide( HostName const& name, Diagnostics& errors ) {
+    tooWide_ = tooWide_ ? tooWide_ : name;
+    errors.add(
+        tooWide_->at,
+        "hosts: expected names, or patterns that begin or end as fewer names do; those up to '" +
+            tooWide_->text + "' take too long to find"
+    );
 }
 
 HostSelection
 HostFinder::select( std::vector<HostName> const& names ) {
-    std::vector<HostRange> ranges;
+    constexpr U64 stepsOfRange = 10;
+    Ranges ranges;
     for ( HostName const& name : names ) {
-        std::vector<HostRange> const& found = rangesOf( name.text );
-        ranges.insert( ranges.end(), found.begin(), found.end() );
+        Ranges const& found = rangesOf( name.text );
+        if ( spend( stepsOfRange * found.size() ) ) {
+            ranges.insert( ranges.end(), found.begin(), found.end() );
+        }
     }
     for ( U32 entry = 0; names.empty() && entry < scenario_.hosts.size(); ++entry ) {
         ranges.push_back( wholeEntry( entry ) );
@@ -110,7 +211,7 @@ HostFinder::select( std::vector<HostName> const& names ) {
     return HostSelection( std::move( ranges ) );
 }
 
-std::vector<HostRange> const&
+HostFinder::Ranges const&
 HostFinder::rangesOf( std::string const& name ) {
     auto const [known, isNew] = known_.try_emplace( name );
     if ( isNew ) {
@@ -123,7 +224,7 @@ HostFinder::rangesOf( std::string const& name ) {
 }
 
 void
-HostFinder::addNamed( std::string const& name, std::vector<HostRange>& ranges ) const {
+HostFinder::addNamed( std::string const& name, Ranges& ranges ) const {
     if ( auto const single = single_.find( name ); single != single_.end() ) {
         ranges.push_back( wholeEntry( single->second ) );
         return;
@@ -139,52 +240,84 @@ HostFinder::addNamed( std::string const& name, std::vector<HostRange>& ranges ) 
     auto const series = series_.find( name.substr( 0, dash ) );
     auto const index = indexAfter( dash, name );
     if ( series != series_.end() && index && *index < scenario_.hosts[series->second].count ) {
-        ranges.push_back( { series->second, *index, 1, numbers_[series->second] + *index } );
-    }
-}
-
-/// Of the entries only those are tested whose names agree with the pattern's begin without wildcards, as far
-/// as both go.
-void
-HostFinder::addMatching( std::string const& pattern, std::vector<HostRange>& ranges ) const {
-    std::string_view const begin =
-        std::string_view( pattern ).substr( 0, pattern.find_first_of( wildcards ) );
-    for ( std::size_t length = 1; length < begin.size(); ++length ) {
-        auto const [first, last] = stems_.equal_range( begin.substr( 0, length ) );
-        for ( auto at = first; at != last; ++at ) {
-            addMatching( pattern, at->second, ranges );
-        }
-    }
-    for ( auto at = stems_.lower_bound( begin ); at != stems_.end() && at->first.starts_with( begin );
-          ++at ) {
-        if ( matchesAll( pattern, at->first ) ) {
-            ranges.push_back( wholeEntry( at->second ) );
-        } else {
-            addMatching( pattern, at->second, ranges );
-        }
+        ranges.push_back( part( series->second, *index, 1 ) );
     }
 }
 
 void
-HostFinder::addMatching( std::string const& pattern, U32 entry, std::vector<HostRange>& ranges ) const {
-    HostSpec const& spec = scenario_.hosts[entry];
-    HostRange range{ entry, 0, 0, 0 };
-    for ( U32 index = 0; index <= spec.count; ++index ) {
-        bool const matches =
-            index < spec.count && fnmatch( pattern.c_str(), spec.hostName( index ).c_str(), 0 ) == 0;
-        if ( matches && range.count++ == 0 ) {
-            range.first = index;
-        } else if ( !matches && range.count != 0 ) {
-            range.number = numbers_[entry] + range.first;
-            ranges.push_back( range );
-            range.count = 0;
+HostFinder::addMatching( std::string const& pattern, Ranges& ranges ) {
+    std::string_view const begin = beginOf( pattern );
+    auto const named = singleOrder_.startingWith( begin );
+    auto const alike = mirroredOrder_.startingWith( mirrored( endOf( pattern ) ) );
+    for ( auto const& [name, entry] : alike.size() < named.size() ? alike : named ) {
+        addMatching( pattern, wholeEntry( entry ), ranges );
+    }
+    if ( mayHaveNumber( pattern ) ) {
+        for ( auto const& [name, entry] : seriesOrder_.startingWith( begin ) ) {
+            addMatching( pattern, wholeEntry( entry ), ranges );
+        }
+        addMatchingNumbers( pattern, begin, ranges );
+    }
+}
+
+/// Where the pattern goes on behind the name of an entry: "rx-12*" means the 12th, the 120th to the 129th …
+void
+HostFinder::addMatchingNumbers( std::string const& pattern, std::string_view begin, Ranges& ranges ) {
+    constexpr U64 base = 10;
+    std::size_t const dash = begin.rfind( '-' );
+    if ( dash == std::string_view::npos || dash + 1 == begin.size() ) {
+        return;
+    }
+    auto const index = indexAfter( dash, std::string( begin ) );
+    auto const series = series_.find( std::string( begin.substr( 0, dash ) ) );
+    if ( !index || series == series_.end() ) {
+        return;
+    }
+    U64 const count = scenario_.hosts[series->second].count;
+    U64 first = *index;
+    for ( U64 width = 1; first < count; width *= base ) {
+        auto const hosts = static_cast<U32>( std::min( width, count - first ) );
+        addMatching( pattern, part( series->second, static_cast<U32>( first ), hosts ), ranges );
+        first = ( first + 1 ) * base - 1;
+    }
+}
+
+/// Adds those hosts of the range that match; all their names begin as the pattern does. The digits in which
+/// it ends leave one number of ten, of a hundred …
+void
+HostFinder::addMatching( std::string const& pattern, HostRange const& range, Ranges& ranges ) {
+    if ( isOpen( pattern ) ) {
+        ranges.push_back( range );
+        return;
+    }
+    HostSpec const& spec = scenario_.hosts[range.entry];
+    auto const [last, step] = spec.count == 1 ? LastDigits() : lastDigits( endOf( pattern ) );
+    U64 const end = U64{ range.first } + range.count;
+    U64 index = range.first + ( last + step - ( range.first + 1 ) % step ) % step;
+    for ( bool goesOn = spend( 1 ); goesOn && index < end; index += step, goesOn = spend( 1 ) ) {
+        auto const host = static_cast<U32>( index );
+        if ( fnmatch( pattern.c_str(), spec.hostName( host ).c_str(), 0 ) == 0 ) {
+            append( part( range.entry, host, 1 ), ranges );
         }
     }
 }
 
 HostRange
+HostFinder::part( U32 entry, U32 first, U32 count ) const {
+    return { entry, first, count, numbers_[entry] + first };
+}
+
+HostRange
 HostFinder::wholeEntry( U32 entry ) const {
-    return { entry, 0, scenario_.hosts[entry].count, numbers_[entry] };
+    return part( entry, 0, scenario_.hosts[entry].count );
+}
+
+/// False, with nothing left, where the steps do not suffice.
+bool
+HostFinder::spend( U64 steps ) {
+    bool const suffices = stepsLeft_ > steps;
+    stepsLeft_ = suffices ? stepsLeft_ - steps : 0;
+    return suffices;
 }
 
 std::string

@@ -2,11 +2,13 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
 #include "agent/scenario/Diagnostics.h"
+#include "agent/scenario/NameOrder.h"
 #include "platform/kiv/Types.h"
 
 namespace Agent {
@@ -57,33 +59,47 @@ class HostSelection {
     std::shared_ptr<std::vector<U64> const> ends_; ///< how many hosts there are up to the end of a range
 };
 
-/// Finds hosts by name. Takes a name's length for a name, and for a pattern the time to test the entries that
-/// it can mean, once, however often it is used.
+/// Finds hosts by name. Takes a name's length for a name. A pattern is held against the names that begin as
+/// it does, or end as it does where these are fewer, once, however often it is used. What patterns that many
+/// names agree with so far may take is bounded over all of them; where that does not suffice, it is told as
+/// an error.
 class HostFinder {
   public:
+    /// What may be spent in steps, of which the test of a name takes one and an entry in a selection ten.
+    static constexpr U64 mostSteps = 100'000'000;
+
     /// The scenario's hosts must not change while it is used.
-    explicit HostFinder( Scenario const& scenario );
+    explicit HostFinder( Scenario const& scenario, U64 steps = mostSteps );
 
     /// The hosts of these names; all hosts for none. Tells each name that means no host.
     HostSelection find( std::vector<HostName> const& names, Diagnostics& errors );
 
   private:
+    using Ranges = std::vector<HostRange>;
+
     HostSelection select( std::vector<HostName> const& names );
-    std::vector<HostRange> const& rangesOf( std::string const& name );
-    void addNamed( std::string const& name, std::vector<HostRange>& ranges ) const;
-    void addMatching( std::string const& pattern, std::vector<HostRange>& ranges ) const;
-    void addMatching( std::string const& pattern, U32 entry, std::vector<HostRange>& ranges ) const;
+    Ranges const& rangesOf( std::string const& name );
+    void addNamed( std::string const& name, Ranges& ranges ) const;
+    void addMatching( std::string const& pattern, Ranges& ranges );
+    void addMatchingNumbers( std::string const& pattern, std::string_view begin, Ranges& ranges );
+    void addMatching( std::string const& pattern, HostRange const& range, Ranges& ranges );
+    HostRange part( U32 entry, U32 first, U32 count ) const;
     HostRange wholeEntry( U32 entry ) const;
     std::string unknown( std::string const& name ) const;
+    void tellTooWide( HostName const& name, Diagnostics& errors );
+    bool spend( U64 steps );
 
     Scenario const& scenario_;
     std::vector<U64> numbers_; ///< of each entry's first host
-    /// Entries by what all names of their hosts begin with.
-    std::multimap<std::string, U32, std::less<>> stems_;
+    NameOrder const singleOrder_;
+    NameOrder const mirroredOrder_; ///< names of single hosts, read backwards
+    NameOrder const seriesOrder_;   ///< what all names of an entry's hosts begin with
     std::unordered_map<std::string, U32> single_;
     std::unordered_map<std::string, U32> series_;
-    std::unordered_map<std::string, std::vector<HostRange>> known_;
+    std::unordered_map<std::string, Ranges> known_;
     std::map<std::vector<std::string>, HostSelection> selections_; ///< by the names
+    U64 stepsLeft_;
+    std::optional<HostName> tooWide_; ///< what the steps did not suffice for
 };
 
 } // namespace Agent

@@ -16,11 +16,16 @@ firstTimes( Scenario const& scenario ) {
     for ( HostSpec const& spec : scenario.hosts ) {
         times.push_back( spec.later ? Kiv::never : 0.0 );
     }
+    std::unordered_map<std::vector<HostRange> const*, Kiv::Seconds> added; // events of the same hosts as one
     for ( Event const& event : scenario.events ) {
         if ( event.action == EventAction::add ) {
-            for ( HostRange const& range : event.selection.ranges() ) {
-                times[range.entry] = std::min( times[range.entry], event.time );
-            }
+            Kiv::Seconds& time = added.try_emplace( &event.selection.ranges(), Kiv::never ).first->second;
+            time = std::min( time, event.time );
+        }
+    }
+    for ( auto const& [ranges, time] : added ) {
+        for ( HostRange const& range : *ranges ) {
+            times[range.entry] = std::min( times[range.entry], time );
         }
     }
     return times;

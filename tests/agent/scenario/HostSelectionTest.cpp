@@ -1,5 +1,7 @@
 #include "agent/scenario/HostSelection.h"
 
+#include <fnmatch.h>
+
 #include "tests/agent/scenario/ScenarioTexts.h"
 
 namespace Agent {
@@ -32,6 +34,16 @@ class HostSelectionTest : public ::testing::Test {
     Diagnostics errors_;
 };
 
+/// How many hosts have a name that matches.
+U64
+matching( Scenario const& scenario, std::string const& pattern ) {
+    U64 count = 0;
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        count += fnmatch( pattern.c_str(), spec.hostName( index ).c_str(), 0 ) == 0 ? 1 : 0;
+    } );
+    return count;
+}
+
 TEST_F( HostSelectionTest, NoNameMeansEveryHost ) {
     EXPECT_EQ( HostFinder( scenario_ ).find( {}, errors_ ).count(), 16U );
 }
@@ -58,6 +70,27 @@ TEST_F( HostSelectionTest, PatternsAreThoseOfShells ) {
     EXPECT_EQ( HostFinder( scenario_ ).find( { { "*", {} } }, errors_ ).count(), 16U );
 }
 
+/// Every short pattern of these letters means the hosts that fnmatch finds among all of them.
+TEST_F( HostSelectionTest, PatternsMeanWhatMatchesThem ) {
+    Scenario const scenario = scenarioOf( "hosts:\n"
+                                          "  - { name: a, count: 12 }\n"
+                                          "  - { name: a-1-1 }\n"
+                                          "  - { name: 1-a }\n"
+                                          "  - { name: 1, count: 101 }\n"
+                                          "  - { name: '1]1a1', count: 3 }\n" );
+    std::string const letters = "a1-*?[]\\";
+    HostFinder finder( scenario );
+    for ( U32 number = 0; number < 4096; ++number ) {
+        std::string pattern;
+        for ( U32 rest = number; pattern.size() < 4; rest /= 8 ) {
+            pattern += letters[rest % 8];
+        }
+        Diagnostics errors;
+        EXPECT_EQ( finder.find( { { pattern, {} } }, errors ).count(), matching( scenario, pattern ) )
+            << pattern;
+    }
+}
+
 TEST_F( HostSelectionTest, NameWithAWildcardIsANameFirst ) {
     EXPECT_EQ( named( { "a*b" } ), "a*b#13" );
 }
@@ -75,6 +108,34 @@ TEST_F( HostSelectionTest, NamesOfNoHostAreTold ) {
         ":1:1: error: hosts: expected the name of a host, found 'rx-01'; did you mean 'rx-x'?\n"
         ":1:1: error: hosts: expected the name of a host, found 'sol'; did you mean 'solo'?\n"
         ":1:1: error: hosts: expected a pattern that the name of a host matches, found 'z*'\n"
+    );
+}
+
+TEST_F( HostSelectionTest, PatternsAreHeldAgainstNamesThatBeginOrEndAsTheyDo ) {
+    std::string text = "hosts:\n  - { name: s, count: 1000 }\n";
+    for ( int i = 0; i < 1000; ++i ) {
+        text += "  - { name: h" + std::to_string( i ) + "x }\n";
+    }
+    Scenario const scenario = scenarioOf( text );
+    HostFinder finder( scenario, 600 );
+    EXPECT_EQ( finder.find( { { "h99?x", {} } }, errors_ ).count(), 10U );
+    EXPECT_EQ( finder.find( { { "s-99?", {} } }, errors_ ).count(), 10U );
+    EXPECT_EQ( finder.find( { { "s-100*", {} } }, errors_ ).count(), 2U );
+    EXPECT_EQ( finder.find( { { "*99x", {} } }, errors_ ).count(), 10U );
+    EXPECT_EQ( finder.find( { { "*-?99", {} } }, errors_ ).count(), 9U );
+    EXPECT_EQ( linesOf( errors_ ), "" );
+}
+
+TEST_F( HostSelectionTest, PatternsThatTakeTooLongAreToldOnce ) {
+    HostFinder finder( scenario_, 14 );
+    EXPECT_EQ( finder.find( { { "solo", {} } }, errors_ ).count(), 1U );
+    for ( char const* const pattern : { "?x-1", "?x-2", "?x-3" } ) {
+        EXPECT_EQ( finder.find( { { pattern, { 0, 2, 1 } } }, errors_ ).count(), 0U );
+    }
+    EXPECT_EQ( errors_.size(), 3U );
+    EXPECT_EQ(
+        linesOf( errors_ ), ":2:1: error: hosts: expected names, or patterns that begin or end as fewer "
+                            "names do; those up to '?x-1' take too long to find\n"
     );
 }
 
