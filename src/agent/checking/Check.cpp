@@ -4,8 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/checking/ScenarioSummary.h"
-#include "agent/scenario/ScenarioReader.h"
-#include "agent/scenario/Warnings.h"
+#include "agent/scenario/CheckedScenario.h"
 
 namespace Agent {
 
@@ -119,20 +118,13 @@ jsonOf( ScenarioSummary const& summary ) {
              { "firstReports", summary.firstReports } };
 }
 
-/// A checked scenario with all that there is to say of it.
-struct Outcome {
-    Diagnostics errors;
-    Scenario scenario;
-    Diagnostics warnings;
-};
-
 void
-writeJson( std::ostream& out, Outcome const& outcome ) {
-    Scenario const& scenario = outcome.scenario;
+writeJson( std::ostream& out, CheckedScenario const& checked ) {
+    Scenario const& scenario = checked.scenario;
     Json json{ { "files", scenario.files },
-               { "errors", jsonOf( outcome.errors, scenario.files ) },
-               { "warnings", jsonOf( outcome.warnings, scenario.files ) } };
-    if ( outcome.errors.empty() ) {
+               { "errors", jsonOf( checked.errors, scenario.files ) },
+               { "warnings", jsonOf( checked.warnings, scenario.files ) } };
+    if ( checked.errors.empty() ) {
         json["scenario"] = jsonOf( summaryOf( scenario ) );
         json["scenario"]["events"] = scenario.events.size();
         json["scenario"]["expectations"] = scenario.expectations.size();
@@ -144,11 +136,10 @@ writeJson( std::ostream& out, Outcome const& outcome ) {
 }
 
 void
-tell( Outcome const& outcome ) {
-    outcome.errors.print( std::cerr, outcome.scenario.files, "error" );
-    outcome.warnings.print( std::cerr, outcome.scenario.files, "warning" );
-    if ( outcome.errors.empty() ) {
-        writeText( std::cout, outcome.scenario, summaryOf( outcome.scenario ) );
+tell( CheckedScenario const& checked ) {
+    checked.print( std::cerr );
+    if ( checked.errors.empty() ) {
+        writeText( std::cout, checked.scenario, summaryOf( checked.scenario ) );
     }
 }
 
@@ -156,16 +147,15 @@ tell( Outcome const& outcome ) {
 
 ExitStatus
 check( CheckOptions const& options ) {
-    Outcome outcome;
-    outcome.scenario = readScenario( options.scenarioFiles, outcome.errors );
-    outcome.scenario.shard = options.shard.value_or( outcome.scenario.shard );
-    outcome.warnings = scenarioWarnings( outcome.scenario );
+    CheckedScenario const checked = checkedScenario( options.scenarioFiles, [&options]( Scenario& scenario ) {
+        scenario.shard = options.shard.value_or( scenario.shard );
+    } );
     if ( options.json ) {
-        writeJson( std::cout, outcome );
+        writeJson( std::cout, checked );
     } else {
-        tell( outcome );
+        tell( checked );
     }
-    bool const refused = !outcome.errors.empty() || ( options.strict && !outcome.warnings.empty() );
+    bool const refused = !checked.errors.empty() || ( options.strict && !checked.warnings.empty() );
     return refused ? exitWrongUsage : exitDone;
 }
 

@@ -17,8 +17,7 @@
 #include "agent/run/SignalWatch.h"
 #include "agent/run/Simulation.h"
 #include "agent/run/StartUp.h"
-#include "agent/scenario/ScenarioReader.h"
-#include "agent/scenario/Warnings.h"
+#include "agent/scenario/CheckedScenario.h"
 #include "agent/screen/Screen.h"
 #include "agent/timeline/Timeline.h"
 #include "agent/traffic/CaptureFile.h"
@@ -261,17 +260,17 @@ checkSimulation( Scenario const& scenario ) {
 ExitStatus
 run( RunOptions const& options ) {
     Messages messages( options.logFormat, options.quiet );
-    Diagnostics errors;
-    Scenario scenario;
-    if ( !options.scenarioFiles.empty() ) { // otherwise the hosts come through the control socket
-        scenario = readScenario( options.scenarioFiles, errors );
+    auto const adjust = [&options]( Scenario& scenario ) { applyOptions( options, scenario ); };
+    CheckedScenario checked;
+    adjust( checked.scenario ); // without files the hosts come through the control socket
+    if ( !options.scenarioFiles.empty() ) {
+        checked = checkedScenario( options.scenarioFiles, adjust );
     }
-    if ( !errors.empty() ) {
-        errors.print( std::cerr, scenario.files, "error" );
+    checked.print( std::cerr );
+    if ( !checked.errors.empty() ) {
         return exitWrongUsage;
     }
-    applyOptions( options, scenario );
-    scenarioWarnings( scenario ).print( std::cerr, scenario.files, "warning" );
+    Scenario const& scenario = checked.scenario;
     if ( options.simulate && !checkSimulation( scenario ) ) {
         return exitWrongUsage;
     }

@@ -172,9 +172,9 @@ TEST( CommandLine, FilesOfOneScenarioMayNotClash ) {
     std::string const b = folder.fileWith( "b.yaml", "hosts: [ { name: rx } ]" );
     AgentProcess agent( { "run", a, b } );
     EXPECT_EQ( agent.exitStatus(), 2 );
-    EXPECT_EQ(
+    EXPECT_THAT(
         agent.written( AgentProcess::errors ),
-        b + ":1:18: error: host 'rx' is there already, in line 1 of " + a + "\n"
+        ::testing::StartsWith( b + ":1:18: error: host 'rx' is there already, in line 1 of " + a + "\n" )
     );
 }
 

@@ -256,6 +256,15 @@ TEST_F( Run, WarningsAreToldAndTheRunGoesOn ) {
     );
 }
 
+TEST_F( Run, ErrorsKeepItFromBeginningAndWarningsAreToldBesideThem ) {
+    AgentProcess agent( { "run", scenario( "    robustness: 0\n    mtuu: 7\n" ) } );
+    EXPECT_EQ( agent.exitStatus(), 2 );
+    AgentProcess check( { "check", folder_.file( "s.yaml" ) } );
+    EXPECT_EQ( check.exitStatus(), 2 );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "error: unknown key 'mtuu'" ) );
+    EXPECT_EQ( agent.written( AgentProcess::errors ), check.written( AgentProcess::errors ) );
+}
+
 TEST_F( Run, StatusThatCannotBeWrittenIsToldBeforeAnythingBegins ) {
     cableIs();
     AgentProcess agent( { "run", scenario(), "--status", folder_.file( "none/status" ), "--duration", "0.01" }
