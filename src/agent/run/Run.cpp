@@ -14,6 +14,7 @@
 #include "agent/run/Leaving.h"
 #include "agent/run/MissingDevices.h"
 #include "agent/run/Privileges.h"
+#include "agent/run/PromptEnd.h"
 #include "agent/run/SignalWatch.h"
 #include "agent/run/Simulation.h"
 #include "agent/run/StartUp.h"
@@ -69,16 +70,23 @@ makeRunParts( RunContext& context ) {
     return parts;
 }
 
-/// What ends a run in order, and what asks for the status. Of a terminal that closes, nohup keeps a run from
-/// knowing, and so it stays.
+/// What ends a run. Of a terminal that closes, nohup keeps a run from knowing, and so it stays.
 std::vector<int>
-watchedSignals() {
-    std::vector<int> signals{ SIGINT, SIGTERM, SIGUSR1 };
+endingSignals() {
+    std::vector<int> signals{ SIGINT, SIGTERM };
     struct sigaction hangUp {};
     sigaction( SIGHUP, nullptr, &hangUp );
     if ( hangUp.sa_handler != SIG_IGN ) {
         signals.push_back( SIGHUP );
     }
+    return signals;
+}
+
+/// What ends a run in order, and what asks for the status.
+std::vector<int>
+watchedSignals() {
+    std::vector<int> signals = endingSignals();
+    signals.push_back( SIGUSR1 );
     return signals;
 }
 
@@ -115,6 +123,7 @@ class Runner {
 
     TraceConsole console_;
     SignalWatch signals_;
+    PromptEnd promptEnd_{ endingSignals() };
     std::unique_ptr<Simulation> const simulation_;
     Kiv::Ptr<Lumo::TimerWheel> const wheel_;
     Traffic traffic_;
@@ -159,6 +168,7 @@ Runner::run() {
     if ( !startUp_.isStopped() ) {
         Kiv::defaultActivity()->activitySm().runFor( context_.scenario.duration.value_or( Kiv::never ) );
     }
+    promptEnd_.allowedIs( false ); // a second Ctrl-C is not to cost what is written from here on
     for ( auto const& part : parts_ ) {
         part->handleTimeOver();
     }
@@ -176,9 +186,11 @@ Runner::run() {
 void
 Runner::handleSignal( int signal ) {
     if ( signal == SIGUSR1 ) {
+        promptEnd_.allowedIs( false );
         for ( auto const& part : parts_ ) {
             part->handleStatusWanted();
         }
+        promptEnd_.allowedIs( true );
     } else {
         startUp_.stop();
         Kiv::defaultActivity()->activitySm().stop();
@@ -188,9 +200,11 @@ Runner::handleSignal( int signal ) {
 void
 Runner::leave() {
     std::cerr << "igmphost: leaving every group; Ctrl-C ends at once" << std::endl;
+    promptEnd_.allowedIs( true );
     if ( !Leaving( emulation_, wheel_ ).run() ) {
         std::cerr << "igmphost: ended before every leave was told" << std::endl;
     }
+    promptEnd_.allowedIs( false );
 }
 
 void

@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "agent/output/StatusLines.h"
+#include "agent/run/PromptEnd.h"
 #include "agent/screen/ScreenPage.h"
 
 // Last, and without its macros: they bear the names of common functions.
@@ -126,6 +127,7 @@ Screen::open() {
     noecho();
     curs_set( 0 );
     std::signal( SIGABRT, handleAbort );
+    PromptEnd::lastActIs( leaveTerminal );
     if ( isatty( STDERR_FILENO ) == 1 ) {
         context_.messages.displayIs( [this]( std::string const& line ) { messageIs( line ); } );
         errorsApart.begin();
@@ -140,6 +142,7 @@ Screen::close() {
     }
     open_ = false;
     std::signal( SIGABRT, SIG_DFL );
+    PromptEnd::lastActIs( nullptr );
     flushinp();
     leaveTerminal();
     context_.messages.displayIs( nullptr );

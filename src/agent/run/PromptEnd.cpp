@@ -1,0 +1,107 @@
+#include "agent/run/PromptEnd.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <string_view>
+#include <system_error>
+
+namespace Agent {
+
+namespace {
+
+// What the handler knows, which runs in the midst of anything.
+sigset_t endingSignals;
+volatile sig_atomic_t isAllowed = 0;
+volatile sig_atomic_t seenBefore = 0;
+void ( *volatile lastAct )() = nullptr;
+
+/// One of the signals that end the process and wait; 0 for none.
+int
+waitingSignal() {
+    sigset_t waiting;
+    sigpending( &waiting );
+    for ( int const signal : { SIGINT, SIGTERM, SIGHUP } ) {
+        if ( sigismember( &endingSignals, signal ) == 1 && sigismember( &waiting, signal ) == 1 ) {
+            return signal;
+        }
+    }
+    return 0;
+}
+
+[[noreturn]] void
+endBy( int signal ) {
+    constexpr std::string_view told =
+        "igmphost: ended at once, in the midst of work; no status, report or summary is written\n";
+    if ( lastAct ) {
+        lastAct();
+    }
+    [[maybe_unused]] ssize_t const written = write( STDERR_FILENO, told.data(), told.size() );
+    std::signal( signal, SIG_DFL );
+    sigset_t one;
+    sigemptyset( &one );
+    sigaddset( &one, signal );
+    pthread_sigmask( SIG_UNBLOCK, &one, nullptr ); // here it comes
+    _exit( 128 + signal );
+}
+
+void
+look( int ) {
+    int const errorBefore = errno;
+    int const signal = isAllowed ? waitingSignal() : 0;
+    if ( signal != 0 && seenBefore == signal ) {
+        endBy( signal );
+    }
+    seenBefore = signal;
+    errno = errorBefore;
+}
+
+timespec
+timespecOf( double seconds ) {
+    constexpr double nanoseconds = 1e9;
+    double const whole = std::floor( seconds );
+    return { static_cast<time_t>( whole ), static_cast<long>( ( seconds - whole ) * nanoseconds ) };
+}
+
+} // namespace
+
+PromptEnd::PromptEnd( std::vector<int> const& signals, double interval ) {
+    sigemptyset( &endingSignals );
+    for ( int const signal : signals ) {
+        sigaddset( &endingSignals, signal );
+    }
+    seenBefore = 0;
+    isAllowed = 1;
+    struct sigaction action {};
+    action.sa_handler = look;
+    action.sa_flags = SA_RESTART;
+    sigaction( SIGALRM, &action, &outer_ );
+    sigevent event{};
+    event.sigev_notify = SIGEV_THREAD_ID;
+    event.sigev_signo = SIGALRM;
+    event._sigev_un._tid = gettid();
+    if ( timer_create( CLOCK_THREAD_CPUTIME_ID, &event, &timer_ ) != 0 ) {
+        throw std::system_error( errno, std::generic_category(), "timer_create" );
+    }
+    itimerspec const often{ timespecOf( interval ), timespecOf( interval ) };
+    timer_settime( timer_, 0, &often, nullptr );
+}
+
+PromptEnd::~PromptEnd() {
+    timer_delete( timer_ );
+    sigaction( SIGALRM, &outer_, nullptr );
+}
+
+void
+PromptEnd::allowedIs( bool allowed ) {
+    isAllowed = allowed ? 1 : 0;
+}
+
+void
+PromptEnd::lastActIs( void ( *act )() ) {
+    lastAct = act;
+}
+
+} // namespace Agent
