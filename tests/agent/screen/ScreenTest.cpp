@@ -64,6 +64,19 @@ TEST_F( Screen, ShowsTheRunAndLeavesTheTerminalClean ) {
     EXPECT_EQ( tmux( "display -p '#{cursor_flag} #{alternate_on}'" ), "1 0\n" );
 }
 
+/// Of so many groups that they take seconds to make.
+TEST_F( Screen, OpensWhileHostsAreBroughtUpAndShowsHowFarTheyAre ) {
+    std::string const hosts = "hosts: [ { name: rx, count: 4000, groups: 239.0.0.0/22 } ]\n";
+    enter( Support::agentBinary() + " run " + folder_.fileWith( "many.yaml", hosts ) );
+    std::string const screen = await( "  start-up" );
+    EXPECT_THAT( screen, HasSubstr( "many.yaml  start-up" ) );
+    EXPECT_THAT( screen, HasSubstr( "] " ) );
+    EXPECT_THAT( screen, HasSubstr( " of 4,000 hosts made, " ) );
+    EXPECT_THAT( screen, HasSubstr( " of 4,096,000 groups" ) );
+    tmux( "send-keys C-c" );
+    EXPECT_THAT( await( "igmphost: ended" ), Not( HasSubstr( "start-up" ) ) );
+}
+
 TEST_F( Screen, FollowsTheTerminalsSizeAndShowsHowFarItIs ) {
     enter( command( "--duration 3600" ) );
     EXPECT_THAT( await( "] 0 %" ), HasSubstr( "of 1:00:00" ) );
