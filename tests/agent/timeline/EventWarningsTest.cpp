@@ -171,6 +171,21 @@ TEST( EventWarnings, LeaveOfWhatNobodyJoinsIsTold ) {
     EXPECT_EQ( eventWarnings( "{ at: 1, leave: all }" ), "" );
 }
 
+TEST( EventWarnings, GroupsBetweenTheStepsOfAnEntryAreNotJoined ) {
+    std::string const groups = ", groups: [ { multicastAddr: 239.1.1.0, count: 10, step: 4 } ]";
+    EXPECT_EQ( eventWarnings( "{ at: 1, leave: 239.1.1.8 }", groups ), "" );
+    EXPECT_EQ( eventWarnings( "{ at: 1, leave: 239.1.1.9-239.1.1.12 }", groups ), "" );
+    EXPECT_EQ(
+        eventWarnings( "{ at: 1, leave: [ 239.1.1.9-239.1.1.11, 239.1.1.40 ] }", groups ),
+        ":4:23: error: leave: none of the hosts is ever in group 239.1.1.9 before\n"
+        ":4:45: error: leave: none of the hosts is ever in group 239.1.1.40 before\n"
+    );
+    std::string const odd = "{ at: 1, leave: { multicastAddr: 239.1.1.3, count: 6, step: ";
+    EXPECT_NE( eventWarnings( odd + "2 } }", groups ), "" );
+    EXPECT_EQ( eventWarnings( odd + "3 } }", groups ), "" );
+    EXPECT_NE( eventWarnings( odd + "6 } }", groups ), "" );
+}
+
 TEST( EventWarnings, EventsJoinWhatIsLeftLater ) {
     std::string const leave = "{ at: 5, hosts: rx-1, leave: 239.1.1.2 }\n  - ";
     EXPECT_EQ( eventWarnings( leave + "{ at: 5, join: 239.1.1.0/30 }" ), "" );
@@ -245,9 +260,37 @@ TEST( EventAddresses, AddressesThatTwoEventsSetAreTold ) {
     );
 }
 
-TEST( EventAddresses, HostsThatChangeTheirLinkAreLeftOut ) {
+TEST( EventAddresses, HostsTakeTheirAddressesToAnotherLink ) {
+    std::string const move = "  - { at: 1, hosts: b, set: { ipAddr: 10.0.0.3, deviceName: eth2 } }\n";
+    EXPECT_EQ( addressWarnings( move ), "" );
     EXPECT_EQ(
-        addressWarnings( "  - { at: 1, hosts: b, set: { ipAddr: 10.0.0.3, deviceName: eth2 } }\n" ), ""
+        addressWarnings( move + "  - { at: 2, hosts: c, set: { deviceName: eth2, ipAddr: 10.0.0.4 } }\n" ),
+        ":9:57: error: ipAddr: 10.0.0.4 on eth2 is taken already, by host 'b-2' in line 5\n"
+    );
+    EXPECT_EQ(
+        addressWarnings( move + "  - { at: 2, hosts: c, set: { deviceName: eth0, ipAddr: 10.0.0.11 } }\n" ),
+        ":9:43: error: macAddr: 02:00:00:00:00:02 on eth0 is taken already, by host 'a-2' in line 4\n"
+    );
+}
+
+TEST( EventAddresses, HostThatOnlyMovesIsHeldAgainstThoseItComesTo ) {
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: c, set: { deviceName: eth0 } }\n" ),
+        ":8:43: error: ipAddr: 10.0.0.2 on eth0 is taken already, by host 'a-2' in line 4\n"
+        ":8:43: error: macAddr: 02:00:00:00:00:02 on eth0 is taken already, by host 'a-2' in line 4\n"
+    );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: c, set: { deviceName: eth0, tagged: true, vlanId: 7 } }\n" ), ""
+    );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: c, set: { ns: blue } }\n"
+                         "  - { at: 1, hosts: a-2, set: { ns: blue, deviceName: eth1 } }\n"
+                         "  - { at: 2, hosts: c, delete: }\n"
+                         "  - { at: 3, hosts: c, add: }\n"
+                         "  - { at: 4, hosts: a-3, set: { deviceName: eth1, ipAddr: 10.0.0.2 } }\n" ),
+        ":9:55: error: ipAddr: 10.0.0.2 on eth1 in blue is taken already, by host 'c' in line 6\n"
+        ":9:55: error: macAddr: 02:00:00:00:00:02 on eth1 in blue is taken already, by host 'c' in line 6\n"
+        ":12:59: error: ipAddr: 10.0.0.2 on eth1 is taken already, by host 'c' in line 6\n"
     );
 }
 

@@ -15,6 +15,33 @@ firstNumber( Setting const& setting ) {
                : numberOf( std::any_cast<Zornet::EthAddr>( setting.value ) );
 }
 
+/// A setting that takes hosts to another link, if there is one.
+Setting const*
+settingThatMoves( Settings const& set ) {
+    for ( Kiv::AttributeId const id :
+          { IgmpHost::attrDeviceName, IgmpHost::attrNs, IgmpHost::attrVlanId, IgmpHost::attrTagged } ) {
+        if ( Setting const* const setting = set.find( id ) ) {
+            return setting;
+        }
+    }
+    return nullptr;
+}
+
+/// Where a host is, once it has been set to that; nothing else of it.
+HostSpec
+movedBy( Settings const& set, HostSpec const& before ) {
+    HostSpec after;
+    after.vlanStep = set.find( IgmpHost::attrVlanId ) ? U16{ 0 } : before.vlanStep;
+    for ( Kiv::AttributeId const id :
+          { IgmpHost::attrDeviceName, IgmpHost::attrNs, IgmpHost::attrVlanId, IgmpHost::attrTagged } ) {
+        Setting const* const changed = set.find( id );
+        if ( Setting const* const setting = changed ? changed : before.settings.find( id ) ) {
+            after.settings.settingIs( *setting );
+        }
+    }
+    return after;
+}
+
 } // namespace
 
 void
@@ -28,8 +55,7 @@ EventAddresses::check() {
     std::stable_sort( events.begin(), events.end(), []( Event const* a, Event const* b ) {
         return a->time < b->time;
     } );
-    bool const isStill = !movesHosts();
-    for ( std::size_t i = 0; isStill && i < events.size() && hostsLeft_ != 0; ++i ) {
+    for ( std::size_t i = 0; i < events.size() && hostsLeft_ != 0; ++i ) {
         handle( *events[i] );
         if ( hostsLeft_ == 0 ) {
             warnings_.add(
@@ -40,21 +66,14 @@ EventAddresses::check() {
     }
 }
 
-bool
-EventAddresses::movesHosts() const {
-    return std::any_of( scenario_.events.begin(), scenario_.events.end(), []( Event const& event ) {
-        Settings const& set = event.values.settings;
-        return set.find( IgmpHost::attrDeviceName ) || set.find( IgmpHost::attrNs ) ||
-               set.find( IgmpHost::attrVlanId ) || set.find( IgmpHost::attrTagged );
-    } );
-}
-
+/// A host that comes back is as it was described.
 void
 EventAddresses::handle( Event const& event ) {
     if ( event.action == EventAction::set ) {
-        handleSet( event, ipAddrs_ );
-        handleSet( event, macAddrs_ );
-    } else if ( event.action == EventAction::remove || event.action == EventAction::disable ) {
+        handleSet( event );
+    } else if ( event.action == EventAction::remove ) {
+        forEachHost( event, [this]( HostKey host, U64 ) { forget( host ); } );
+    } else if ( event.action == EventAction::disable ) {
         forEachHost( event, [this]( HostKey host, U64 ) { silent_.insert( host ); } );
     } else if ( event.action == EventAction::add || event.action == EventAction::enable ) {
         forEachHost( event, [this]( HostKey host, U64 ) { silent_.erase( host ); } );
@@ -63,29 +82,72 @@ EventAddresses::handle( Event const& event ) {
 
 /// The hosts of an event may take over each other's addresses, so all give theirs up first.
 void
-EventAddresses::handleSet( Event const& event, Kind& kind ) {
-    Setting const* const setting = event.values.settings.find( kind.id );
-    if ( !setting ) {
-        return;
+EventAddresses::handleSet( Event const& event ) {
+    Settings const& set = event.values.settings;
+    Setting const* const move = settingThatMoves( set );
+    for ( Kind* const kind : { &ipAddrs_, &macAddrs_ } ) {
+        if ( move || set.find( kind->id ) ) {
+            giveUp( event, *kind );
+        }
     }
-    U64 const first = firstNumber( *setting );
+    if ( move ) {
+        moveHosts( event );
+    }
+    for ( Kind* const kind : { &ipAddrs_, &macAddrs_ } ) {
+        Setting const* const own = set.find( kind->id );
+        if ( Setting const* const cause = own ? own : move ) {
+            take( event, *kind, *cause );
+        }
+    }
+}
+
+/// The hosts' addresses are those that they will take; a host that has not been set to any keeps its own.
+void
+EventAddresses::giveUp( Event const& event, Kind& kind ) {
+    Setting const* const own = event.values.settings.find( kind.id );
     forEachHost( event, [&]( HostKey host, U64 index ) {
         release( host, kind );
-        kind.numbers[host] = first + index;
+        Setting const* const described = owner( host ).spec->settings.find( kind.id );
+        if ( own ) {
+            kind.numbers[host] = firstNumber( *own ) + index;
+        } else if ( described ) {
+            kind.numbers.try_emplace( host, firstNumber( *described ) + owner( host ).index );
+        }
     } );
+}
+
+void
+EventAddresses::moveHosts( Event const& event ) {
+    constexpr U64 hostsForAPlace = 100;
+    std::unordered_map<HostSpec const*, HostSpec const*> moved;
+    forEachHost( event, [&]( HostKey host, U64 ) {
+        HostSpec const*& place = places_.try_emplace( host, owner( host ).spec ).first->second;
+        auto const [after, isNew] = moved.try_emplace( place, nullptr );
+        if ( isNew ) {
+            after->second = &newPlaces_.emplace_back( movedBy( event.values.settings, *place ) );
+            hostsLeft_ -= std::min( hostsLeft_ - 1, hostsForAPlace );
+        }
+        place = after->second;
+    } );
+}
+
+void
+EventAddresses::take( Event const& event, Kind& kind, Setting const& cause ) {
     bool told = false;
-    forEachHost( event, [&]( HostKey host, U64 index ) {
-        LinkWarnings::Owner const one = owner( host );
-        std::string const link = LinkWarnings::linkOf( *one.spec, one.index );
-        std::optional<HostKey> const other = holder( kind, link, first + index );
+    forEachHost( event, [&]( HostKey host, U64 ) {
+        auto const number = kind.numbers.find( host );
+        if ( number == kind.numbers.end() ) {
+            return;
+        }
+        std::string const link = linkOf( host );
+        std::optional<HostKey> const other = holder( kind, link, number->second );
         if ( other && !told ) {
             told = true;
             warnings_.add(
-                setting->at,
-                described_.takenText( kind.id, first + index, link, owner( *other ), setting->at )
+                cause.at, described_.takenText( kind.id, number->second, link, owner( *other ), cause.at )
             );
         }
-        kind.hosts[link][first + index] = host;
+        kind.hosts[link][number->second] = host;
     } );
 }
 
@@ -95,11 +157,27 @@ EventAddresses::release( HostKey host, Kind& kind ) {
     if ( number == kind.numbers.end() ) {
         return;
     }
-    LinkWarnings::Owner const one = owner( host );
-    auto& hosts = kind.hosts[LinkWarnings::linkOf( *one.spec, one.index )];
+    auto& hosts = kind.hosts[linkOf( host )];
     if ( auto const held = hosts.find( number->second ); held != hosts.end() && held->second == host ) {
         hosts.erase( held );
     }
+}
+
+void
+EventAddresses::forget( HostKey host ) {
+    silent_.insert( host );
+    for ( Kind* const kind : { &ipAddrs_, &macAddrs_ } ) {
+        release( host, *kind );
+        kind->numbers.erase( host );
+    }
+    places_.erase( host );
+}
+
+std::string
+EventAddresses::linkOf( HostKey host ) const {
+    auto const place = places_.find( host );
+    LinkWarnings::Owner const one = owner( host );
+    return LinkWarnings::linkOf( place == places_.end() ? *one.spec : *place->second, one.index );
 }
 
 /// Who has the number on the link, if any.

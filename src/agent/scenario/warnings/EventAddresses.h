@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -8,8 +9,8 @@
 
 namespace Agent {
 
-/// Warnings about addresses that events set on hosts while others on their link have them. Where events move
-/// hosts from link to link it says nothing. An event takes as long as it has hosts; the work is bounded over
+/// Warnings about addresses that others on a host's link have when events set them on the host, or take the
+/// host to that link. An event takes as long as it has hosts; the work is bounded over
 /// all events, and it is told where that does not suffice.
 class EventAddresses {
   public:
@@ -28,10 +29,14 @@ class EventAddresses {
         std::unordered_map<std::string, std::unordered_map<U64, HostKey>> hosts{}; ///< by link and number
     };
 
-    bool movesHosts() const;
     void handle( Event const& event );
-    void handleSet( Event const& event, Kind& kind );
+    void handleSet( Event const& event );
+    void giveUp( Event const& event, Kind& kind );
+    void moveHosts( Event const& event );
+    void take( Event const& event, Kind& kind, Setting const& cause );
     void release( HostKey host, Kind& kind );
+    void forget( HostKey host );
+    std::string linkOf( HostKey host ) const;
     std::optional<HostKey> holder( Kind const& kind, std::string const& link, U64 number ) const;
     template <class F>
     void forEachHost( Event const& event, F f );
@@ -43,7 +48,9 @@ class EventAddresses {
     Diagnostics& warnings_;
     Kind ipAddrs_{ Igmp::IgmpHost::attrIpAddr };
     Kind macAddrs_{ Igmp::IgmpHost::attrMacAddr };
-    std::unordered_set<HostKey> silent_; ///< disabled, or deleted
+    std::unordered_set<HostKey> silent_;                  ///< disabled, or deleted
+    std::unordered_map<HostKey, HostSpec const*> places_; ///< where hosts are that events have moved
+    std::deque<HostSpec> newPlaces_;
     U64 hostsLeft_ = 5'000'000;
 };
 

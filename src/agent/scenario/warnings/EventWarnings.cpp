@@ -9,7 +9,6 @@ namespace Agent {
 namespace {
 
 using Igmp::IgmpHost;
-using Igmp::IgmpV3GroupRecord;
 
 constexpr U64 stepsOfCheck = 1000;
 
@@ -81,16 +80,6 @@ placesOf( Event const& event ) {
 bool
 addsGroups( Event const& event ) {
     return event.action != EventAction::set && event.action != EventAction::leave && !event.groups.empty();
-}
-
-/// Whether some group may be in both. Replication makes further groups of a template.
-bool
-overlaps( GroupSpec const& joined, GroupSpec const& other ) {
-    bool const isTemplate = joined.settings.value<bool>( IgmpV3GroupRecord::attrReplicate );
-    U32 const block = joined.settings.value<U32>( IgmpV3GroupRecord::attrReplicateNumber );
-    U64 const copies = isTemplate ? std::max( block, 1U ) - 1 : 0;
-    return joined.groups.lowest() <= other.groups.highest() &&
-           other.groups.lowest().hostOrder() <= joined.groups.highest().hostOrder() + copies;
 }
 
 /// The host as it is once the event has set what it sets, or has been joined to what it joins.
@@ -320,6 +309,11 @@ EventWarnings::haveCommon( HostSelection const& a, HostSelection const& b ) {
         ++( isBefore ? ofA : ofB );
     }
     return false;
+}
+
+bool
+EventWarnings::overlaps( GroupSpec const& joined, GroupSpec const& other ) {
+    return overlap_.overlaps( joined, other, [this]( U64 steps ) { return spend( steps ); } );
 }
 
 EventWarnings::Kind

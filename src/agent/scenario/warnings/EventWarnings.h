@@ -7,6 +7,7 @@
 
 #include "agent/hosts/HostRegrets.h"
 #include "agent/scenario/Scenario.h"
+#include "agent/scenario/warnings/GroupOverlap.h"
 #include "agent/scenario/warnings/HostKinds.h"
 
 namespace Agent {
@@ -46,6 +47,7 @@ class EventWarnings {
     bool isJoinedAtStart( Event const& leave, GroupSpec const& groups );
     bool isJoinedByEvent( Event const& leave, GroupSpec const& groups );
     bool joins( Event const& join, Event const& leave, GroupSpec const& groups );
+    bool overlaps( GroupSpec const& joined, GroupSpec const& other );
     bool haveCommon( HostSelection const& a, HostSelection const& b );
     Kind afterwards( Kind before, Event const& event );
     bool spend( U64 steps );
@@ -62,6 +64,7 @@ class EventWarnings {
     HostSelection const* selected_ = nullptr;
     Changes changes_;
     bool knowsJoins_ = true;
+    GroupOverlap overlap_;
     std::vector<Event const*> joins_;
     std::unordered_multimap<U32, Event const*> joinsFrom_; ///< by the lowest group of an entry
     U64 stepsLeft_;
