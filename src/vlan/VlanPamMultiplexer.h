@@ -57,7 +57,7 @@ struct VlanPamMultiplexer::VlanKey {
     U16 vlanId;
 
     U32 hash() const { return Kiv::bitReverse( vlanId * 0x9e3779b1U ); }
-    friend auto operator<=>( VlanKey, VlanKey ) = default;
+    friend auto operator<=>( VlanKey, VlanKey ) = default; // NOLINT(modernize-use-nullptr)
 };
 
 /// The channel of one VLAN. The key stays when the channel's own `vlanId` is changed.

@@ -25,7 +25,7 @@ struct ScenarioSummary {
         std::string name;
         std::string ns; ///< empty for the process's own
 
-        friend auto operator<=>( Device const&, Device const& ) = default;
+        friend auto operator<=>( Device const&, Device const& ) = default; // NOLINT(modernize-use-nullptr)
     };
 
     U64 hosts = 0;

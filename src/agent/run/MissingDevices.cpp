@@ -18,7 +18,7 @@ struct Place {
     std::string ns;
     std::string device;
 
-    friend auto operator<=>( Place const&, Place const& ) = default;
+    friend auto operator<=>( Place const&, Place const& ) = default; // NOLINT(modernize-use-nullptr)
 };
 
 Place

@@ -25,7 +25,7 @@ class VlanId {
     Kiv::U32 hash() const { return value_; }
 
     friend bool operator==( VlanId a, VlanId b ) = default;
-    friend auto operator<=>( VlanId a, VlanId b ) = default;
+    friend auto operator<=>( VlanId a, VlanId b ) = default; // NOLINT(modernize-use-nullptr)
 
   private:
     Kiv::U16 value_;

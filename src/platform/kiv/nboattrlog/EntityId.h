@@ -17,7 +17,8 @@ struct EntityId {
 
     bool isNull() const { return generation == 0; }
     bool isClients() const { return ( slot & clientBit ) != 0; }
-    friend auto operator<=>( EntityId const& a, EntityId const& b ) = default;
+    friend auto
+    operator<=>( EntityId const& a, EntityId const& b ) = default; // NOLINT(modernize-use-nullptr)
 };
 
 } // namespace Kiv::NboAttrLog

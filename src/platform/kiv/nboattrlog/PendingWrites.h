@@ -28,7 +28,7 @@ class PendingWrites {
         EntityId entity;
         AttributeId id;
         std::string key;
-        friend auto operator<=>( Place const& a, Place const& b ) = default;
+        friend auto operator<=>( Place const& a, Place const& b ) = default; // NOLINT(modernize-use-nullptr)
     };
 
     std::map<Place, U32> writes_; ///< the frame of the last write
