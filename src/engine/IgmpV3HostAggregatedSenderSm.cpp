@@ -48,6 +48,10 @@ IgmpV3HostAggregatedSenderSm::newV3GroupSm(
     Ptr<IgmpV3HostGroupSm> const groupSm =
         IgmpV3HostGroupSm::IgmpV3HostGroupSmIs( activity, group, host, status, this );
     v3GroupSm_.insert( groupSm );
+    if ( !igmpHost()->v3group( group ) ) {
+        groupSm->leaveNotedIs( true );
+        noteOwing( *groupSm );
+    }
     return groupSm;
 }
 
@@ -103,20 +107,26 @@ IgmpV3HostAggregatedSenderSm::handleResponseDelayTimer() {
     schedule( reportInfo->scheduleTimer(), stateChangeSeen );
 }
 
-/// Lets each group add what it owes until one does not fit. Returns whether a group still owes something
-/// afterwards, so the last report of a change counts as one of the current state: on purpose.
+/// Lets each group that may owe something add it until one does not fit. Returns whether a group still owes
+/// something afterwards, so the last report of a change counts as one of the current state: on purpose.
 bool
 IgmpV3HostAggregatedSenderSm::addGroupRecords(
     Ptr<Zornet::Pkt> const& pkt, Ptr<IgmpV3ReportProcessInfo> const& reportInfo
 ) {
+    if ( !knowsOwing() ) {
+        collectOwing();
+    }
     bool stateChangeSeen = false;
-    for ( auto at = v3GroupSm_.begin(); at; ++at ) {
+    Zornet::IpAddr lastAsked;
+    for ( auto at = firstAsked(); at; at = askedAfter( at ) ) {
+        lastAsked = at->group();
         at->doGroupRecordPktConstruct( pkt, reportInfo );
         stateChangeSeen = stateChangeSeen || ( at->isStateChanged() && v3GroupSm( at->group() ) );
         if ( !reportInfo->recordComplete() ) {
             break;
         }
     }
+    settleOwing( lastAsked );
     return stateChangeSeen;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "engine/IgmpV3HostGroupSm.h"
 #include "engine/V3ReportTimerSm.h"
 
@@ -37,6 +39,15 @@ class IgmpV3HostAggregatedSenderSm : public V3ReportTimerSm {
     );
     void v3GroupSmDel( Zornet::IpAddr const& group ) { v3GroupSm_.remove( group ); }
 
+    /// Where the groups that the next report asks stand in its walk; those at the end are not in order yet.
+    std::vector<Kiv::WalkPlace<Zornet::IpAddr>> const& owing() const { return owing_; }
+    /// False where the next report looks through all groups first for those that owe something.
+    bool knowsOwing() const;
+    /// Takes note of a group that has come to owe something, if it has.
+    void noteOwing( IgmpV3HostGroupSm& groupSm );
+    /// Takes note of a change of the configuration that has added or removed this group, if one has.
+    void noteConfigured( Zornet::IpAddr const& group );
+
     void handleInitialized();
     void doSetTimer( Seconds const& delay ) override;
     void handleResponseDelayTimer() override;
@@ -54,8 +65,28 @@ class IgmpV3HostAggregatedSenderSm : public V3ReportTimerSm {
     );
     bool addGroupRecords( Ptr<Zornet::Pkt> const& pkt, Ptr<IgmpV3ReportProcessInfo> const& reportInfo );
     void schedule( bool wanted, bool stateChangeSeen );
+    bool asksEveryGroup() const;
+    V3GroupSms::Iterator firstAsked();
+    V3GroupSms::Iterator askedAfter( V3GroupSms::Iterator at );
+    void collectOwing();
+    void addOwing( IgmpV3HostGroupSm& groupSm );
+    void sortOwing();
+    void settleOwing( Zornet::IpAddr const& lastAsked );
+    void configurationSeen();
 
     V3GroupSms v3GroupSm_;
+    /// Every group that a report has something to do with (a record to write, a later report to ask for, a
+    /// machine to drop) stands here, unless knowsOwing() is false; periodic reports apart, which ask every
+    /// group. A group may stand here that owes nothing any more: to ask it does nothing.
+    std::vector<Kiv::WalkPlace<Zornet::IpAddr>> owing_;
+    std::size_t owingInOrder_ = 0; ///< so many stand in order, and behind them those that came since
+    /// Groups have come to owe something under version 1 or 2, where no report asks them. There may be many,
+    /// for as long as the host lives, so they are not collected.
+    bool owesFromFallback_ = false;
+    /// The configuration as of which owing_ holds every group that has gone, and a machine without
+    /// leaveNoted() has its group there.
+    U32 seenGeneration_ = 0;
+    std::size_t seenGroups_ = 0;
 };
 
 } // namespace Igmp

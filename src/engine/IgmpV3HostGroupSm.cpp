@@ -70,6 +70,20 @@ IgmpV3HostGroupSm::process() {
         adoptAddedSources( *wanted );
         adoptDeletedSources( *wanted );
     }
+    noteOwing();
+}
+
+void
+IgmpV3HostGroupSm::filterModeTransCountIs( U32 count ) {
+    filterModeTransCount_ = count;
+    noteOwing();
+}
+
+void
+IgmpV3HostGroupSm::noteOwing() {
+    if ( aggregatedSenderSm_ ) {
+        aggregatedSenderSm_->noteOwing( *this );
+    }
 }
 
 /// A change of mode is counted under every version, on purpose: it waits until the host is back on version 3.
@@ -142,6 +156,11 @@ bool
 IgmpV3HostGroupSm::isStateChanged() const {
     return addedSourceTransCount_->sourceIps() != 0 || deletedSourceTransCount_->sourceIps() != 0 ||
            filterModeTransCount_ != 0;
+}
+
+bool
+IgmpV3HostGroupSm::isOwing() const {
+    return isStateChanged() || !igmpHost_->v3group( group_ );
 }
 
 } // namespace Igmp

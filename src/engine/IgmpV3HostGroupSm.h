@@ -35,10 +35,16 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     Zornet::IpAddr const& indexBookMark() const { return indexBookMark_; }
     void indexBookMarkIs( Zornet::IpAddr const& addr ) { indexBookMark_ = addr; }
     U32 filterModeTransCount() const { return filterModeTransCount_; }
-    void filterModeTransCountIs( U32 count ) { filterModeTransCount_ = count; }
+    void filterModeTransCountIs( U32 count );
+    /// Only this machine puts sources into the two lists: the sender does not learn of others.
     Ptr<IgmpV3HostGroupSourceList> const& addedSourceTransCount() const { return addedSourceTransCount_; }
     Ptr<IgmpV3HostGroupSourceList> const& deletedSourceTransCount() const { return deletedSourceTransCount_; }
     bool initialized() const { return initialized_; }
+    /// The sender's notes: it asks the group with the next report, and the configuration has it no longer.
+    bool owingNoted() const { return owingNoted_; }
+    void owingNotedIs( bool noted ) { owingNoted_ = noted; }
+    bool leaveNoted() const { return leaveNoted_; }
+    void leaveNotedIs( bool noted ) { leaveNoted_ = noted; }
     /// The owner; null for a machine that stands alone.
     IgmpV3HostAggregatedSenderSm* aggregatedSenderSm() const { return aggregatedSenderSm_; }
 
@@ -48,6 +54,8 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     void process();
     /// Some report is owed.
     bool isStateChanged() const;
+    /// A report has something to do here: tell a change, or drop the machine of a group that has gone.
+    bool isOwing() const;
 
     /// Adds what this group owes to the packet. A group that has left and owes nothing more deletes its
     /// machine here: it must not be used after the call, but looked up again.
@@ -84,6 +92,7 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     bool isVersion3() const;
     bool reportsGoOn() const;
     void decideOnLaterReport( IgmpV3ReportProcessInfo& reportInfo );
+    void noteOwing();
 
     Zornet::IpAddr const group_;
     Zornet::IpAddr indexBookMark_;
@@ -96,6 +105,8 @@ class IgmpV3HostGroupSm : public Kiv::StateMachine, public Kiv::HashMember {
     Ptr<IgmpV3HostGroupSourceList> deletedSourceTransCount_;
     U32 filterModeTransCount_ = 0;
     bool initialized_ = false;
+    bool owingNoted_ = false;
+    bool leaveNoted_ = false;
     IgmpV3HostAggregatedSenderSm* const aggregatedSenderSm_;
 };
 

@@ -143,7 +143,26 @@ hostFault( IgmpHostSm const& sm, bool everPeriodic ) {
     if ( !sm.igmpHostStatus() || !sm.aggregatedSenderSm() || !sm.igmpV3HostGeneralQueryTimerSm() ) {
         return "an enabled host has its companions";
     }
-    return firstOf( { groupsFault( sm, everPeriodic ), versionFault( sm, everPeriodic ) } );
+    return firstOf( { groupsFault( sm, everPeriodic ), versionFault( sm, everPeriodic ),
+                      owingFault( *sm.aggregatedSenderSm() ) } );
+}
+
+char const*
+owingFault( IgmpV3HostAggregatedSenderSm const& sender ) {
+    if ( !sender.knowsOwing() ) {
+        return nullptr;
+    }
+    for ( IgmpV3HostGroupSm const& groupSm : sender.v3GroupSm() ) {
+        bool const owes = groupSm.isStateChanged() || !sender.igmpHost()->v3group( groupSm.group() );
+        auto const isThis = [&]( auto const& place ) { return place.key == groupSm.group(); };
+        if ( groupSm.owingNoted() != std::ranges::any_of( sender.owing(), isThis ) ) {
+            return "a group that is noted as asked is asked";
+        }
+        if ( owes && !groupSm.owingNoted() ) {
+            return "a group that owes something is asked";
+        }
+    }
+    return nullptr;
 }
 
 std::size_t

@@ -10,6 +10,10 @@ namespace Support {
 /// remembered and what is in force may part then.
 char const* hostFault( Igmp::IgmpHostSm const& sm, bool everPeriodic = false );
 
+/// What does not hold between the groups that owe something and those that the next report asks, or null.
+/// This holds whatever has been told.
+char const* owingFault( Igmp::IgmpV3HostAggregatedSenderSm const& sender );
+
 /// How many timers of the wheel the host has armed, by what its machines say.
 std::size_t armedTimers( Igmp::IgmpHostSm const& sm );
 

@@ -28,6 +28,7 @@ IgmpHostSm::handleV3Group( Zornet::IpAddr group ) {
         return;
     }
     Kiv::invariant( aggregatedSenderSm_ != nullptr, "aggregatedSenderSm()" );
+    aggregatedSenderSm_->noteConfigured( group );
     if ( !igmpHost()->processV3GroupChange() ) {
         return;
     }

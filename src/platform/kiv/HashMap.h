@@ -13,6 +13,18 @@ namespace Kiv {
 /// The bits of `value` in reverse order.
 U32 bitReverse( U32 value );
 
+/// Where a key stands in the walk of a hash map: of two keys, the one whose place is less is met first.
+template <class Key>
+struct WalkPlace {
+    explicit WalkPlace( Key const& k ) : order( bitReverse( k.hash() ) ), key( k ) {}
+    friend bool operator<( WalkPlace const& a, WalkPlace const& b ) {
+        return a.order < b.order || ( a.order == b.order && a.key < b.key );
+    }
+
+    U32 order;
+    Key key;
+};
+
 /// The link by which an object is a member of a hash map. An object is a member of one map at most.
 class HashMember {
   public:

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -157,6 +158,22 @@ TEST_F( HashMapTest, EqualHashesStandInTheOrderOfTheirKeys ) {
     EXPECT_EQ( walk( map_ ), ( Numbers{ 1, 3, 7, 9 } ) );
     EXPECT_EQ( map_.find( { 3, 0xabcdU } )->fwkKey().number, 3U );
     EXPECT_EQ( map_.find( { 4, 0xabcdU } ), nullptr );
+}
+
+TEST_F( HashMapTest, PlacesOfKeysStandInTheOrderOfTheWalk ) {
+    fill( 100 );
+    for ( U32 n : { 207U, 203U, 209U } ) {
+        insert( map_, { n, 0xabcdU } );
+    }
+    std::set<Kiv::WalkPlace<Key>> places;
+    for ( Member const& member : map_ ) {
+        places.emplace( member.fwkKey() );
+    }
+    Numbers byPlace;
+    for ( auto const& place : places ) {
+        byPlace.push_back( place.key.number );
+    }
+    EXPECT_EQ( byPlace, walk( map_ ) );
 }
 
 TEST_F( HashMapTest, CurrentMemberMayBeRemovedWhileWalking ) {
