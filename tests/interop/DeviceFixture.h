@@ -196,6 +196,7 @@ class CableFixture : public DeviceFixture {
 
     Station station( U16 protocol = ethTypeIp ) { return { *near_, "near0", protocol }; }
     Support::Namespace& nearNs() { return *near_; }
+    Support::Namespace& farNs() { return *far_; }
     FarEnd& farEnd() { return *farEnd_; }
 
   private:

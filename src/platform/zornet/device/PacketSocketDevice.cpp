@@ -80,6 +80,7 @@ PacketSocketDevice::start( LinkState const& state ) {
         return;
     }
     batch_ = std::make_unique<SendBatch>();
+    burst_ = std::make_unique<Burst>();
     activity().ioHandlerIs( socket_->receiver(), EPOLLIN, this );
     problemIs( "" );
     runningIs( true );
@@ -87,11 +88,16 @@ PacketSocketDevice::start( LinkState const& state ) {
 
 void
 PacketSocketDevice::stop() {
+    while ( sendingThread_ && sendingThread_->underWay() != 0 ) {
+        settle( 0 ); // which may tell of an error, and whoever hears of it may send more, or close the device
+    }
     if ( !socket_ ) {
         return;
     }
     hindranceIs( Hindrance::none );
     activity().ioHandlerDel( socket_->receiver() );
+    sendingThread_ = nullptr;
+    burst_ = nullptr;
     socket_ = nullptr;
     std::unique_ptr<SendBatch> const waiting = std::move( batch_ );
     runningIs( false );
@@ -156,19 +162,49 @@ PacketSocketDevice::receive() {
 
 bool
 PacketSocketDevice::send( EthDevPam const& sender, std::span<U8 const> frame ) {
-    if ( !socket_ || !batch_->push( portNumber( sender ), frame ) ) {
+    if ( !socket_ || !store( sender, frame ) ) {
         return false;
     }
     if ( hindrance_ != Hindrance::none ) {
         return true;
     }
-    if ( batch_->size() >= SendBatch::burst ) {
-        flush();
-    } else if ( !turnEndAsked_ ) {
+    if ( !turnEndAsked_ ) {
         turnEndAsked_ = true;
         activity().turnEndIs( this );
     }
+    if ( batch_->outsideBursts() >= Burst::capacity ) {
+        sendFullBurst();
+    }
     return true;
+}
+
+/// What the thread has sent makes room.
+bool
+PacketSocketDevice::store( EthDevPam const& sender, std::span<U8 const> frame ) {
+    U64 const number = portNumber( sender );
+    if ( batch_->push( number, frame ) ) {
+        return true;
+    }
+    settle( 0 );
+    return socket_ && batch_->push( number, frame );
+}
+
+void
+PacketSocketDevice::sendFullBurst() {
+    if ( !sendingThread_ ) {
+        sendingThread_ = SendingThread::make( socket_ );
+    }
+    if ( !sendingThread_ ) {
+        flush();
+        return;
+    }
+    if ( sendingThread_->underWay() == SendingThread::depth ) {
+        settle( SendingThread::depth / 2 );
+    }
+    if ( sendingThread_ && hindrance_ == Hindrance::none ) {
+        batch_->fill( sendingThread_->next() );
+        sendingThread_->give();
+    }
 }
 
 void
@@ -197,21 +233,47 @@ PacketSocketDevice::flush() {
     }
 }
 
+/// Whoever hears of an error meanwhile may send more, through the thread too, and may close the device.
 void
 PacketSocketDevice::sendWaiting() {
     while ( socket_ && !batch_->empty() && hindrance_ == Hindrance::none ) {
-        std::span<mmsghdr> const waiting = batch_->oldest();
-        std::size_t const sent = socket_->send( waiting );
-        if ( sent != 0 ) {
-            for ( mmsghdr const& message : waiting.first( sent ) ) {
-                iovec const& frame = *message.msg_hdr.msg_iov;
-                tellSent( { static_cast<U8 const*>( frame.iov_base ), frame.iov_len } );
-            }
-            batch_->pop( sent );
-        } else {
-            handleRefusal( errno );
+        if ( sendingThread_ && sendingThread_->underWay() != 0 ) {
+            settle( 0 );
+            continue;
+        }
+        batch_->fill( *burst_ );
+        burst_->send( *socket_ );
+        account( *burst_ );
+        if ( int const refusal = burst_->refusal() ) {
+            handleRefusal( refusal );
         }
     }
+}
+
+/// Takes back what the thread has tried, until that many bursts are under way at most.
+void
+PacketSocketDevice::settle( unsigned most ) {
+    int refusal = 0;
+    while ( sendingThread_ && sendingThread_->underWay() > most ) {
+        Burst const& burst = sendingThread_->tried();
+        account( burst );
+        if ( burst.refusal() != 0 ) {
+            refusal = burst.refusal();
+            most = 0;
+        }
+        sendingThread_->takeBack();
+    }
+    if ( refusal != 0 ) {
+        handleRefusal( refusal );
+    }
+}
+
+void
+PacketSocketDevice::account( Burst const& burst ) {
+    for ( iovec const& frame : burst.sent() ) {
+        tellSent( { static_cast<U8 const*>( frame.iov_base ), frame.iov_len } );
+    }
+    batch_->pop( burst.sent().size() );
 }
 
 /// The oldest frame was not taken. It waits where there was no room for it. It also waits while the link is
@@ -219,8 +281,8 @@ PacketSocketDevice::sendWaiting() {
 /// fault itself, and goes.
 void
 PacketSocketDevice::handleRefusal( int error ) {
+    batch_->emptyBursts();
     switch ( error ) {
-    case EINTR: return;
     case EAGAIN: return hindranceIs( Hindrance::socketFull );
     case ENETDOWN:
     case ENOBUFS: return hindranceIs( Hindrance::queueFull );

@@ -4,12 +4,7 @@
 
 namespace Zornet {
 
-SendBatch::SendBatch() : region_( std::make_unique_for_overwrite<U8[]>( capacity ) ) {
-    for ( std::size_t i = 0; i < burst; ++i ) {
-        messages_[i].msg_hdr.msg_iov = &parts_[i];
-        messages_[i].msg_hdr.msg_iovlen = 1;
-    }
-}
+SendBatch::SendBatch() : region_( std::make_unique_for_overwrite<U8[]>( capacity ) ) {}
 
 std::size_t
 SendBatch::room( std::size_t frameBytes ) {
@@ -24,6 +19,7 @@ SendBatch::makeRoom( std::size_t bytes ) {
     if ( frames_ == 0 ) {
         head_ = 0;
         tail_ = 0;
+        next_ = 0;
         wrap_ = capacity;
     }
     if ( tail_ < head_ ) {
@@ -35,6 +31,7 @@ SendBatch::makeRoom( std::size_t bytes ) {
     if ( bytes < head_ ) {
         wrap_ = tail_;
         tail_ = 0;
+        next_ = outsideBursts() == 0 ? 0 : next_;
         return true;
     }
     return false;
@@ -58,25 +55,33 @@ SendBatch::after( std::size_t at ) const {
     return next == wrap_ ? 0 : next;
 }
 
-std::span<mmsghdr>
-SendBatch::oldest() {
-    std::size_t const count = std::min( frames_, burst );
-    std::size_t at = head_;
-    for ( std::size_t i = 0; i < count; ++i ) {
-        parts_[i] = { region_.get() + at + sizeof( Record ), record( at )->bytes };
-        at = after( at );
+void
+SendBatch::fill( Burst& burst ) {
+    burst.clear();
+    for ( ; outsideBursts() != 0 && !burst.full(); ++inBursts_ ) {
+        burst.push( { region_.get() + next_ + sizeof( Record ), record( next_ )->bytes } );
+        next_ = after( next_ );
     }
-    return { messages_.data(), count };
+}
+
+void
+SendBatch::emptyBursts() {
+    next_ = head_;
+    inBursts_ = 0;
 }
 
 void
 SendBatch::pop( std::size_t frames ) {
+    frames_ -= frames;
+    inBursts_ -= std::min( frames, inBursts_ );
     for ( ; frames != 0; --frames ) {
         head_ = after( head_ );
-        --frames_;
         if ( head_ == 0 ) {
             wrap_ = capacity;
         }
+    }
+    if ( inBursts_ == 0 ) {
+        next_ = head_;
     }
 }
 
