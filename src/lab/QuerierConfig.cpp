@@ -1,6 +1,8 @@
 #include "lab/QuerierConfig.h"
 
-#include "platform/kiv/Exception.h"
+#include <utility>
+
+#include "platform/kiv/Value.h"
 
 namespace Lab {
 
@@ -14,46 +16,75 @@ greatestResponseTime( U8 version ) {
     return version == 3 ? 3174.4 : 25.5;
 }
 
+std::string
+textOf( double number ) {
+    return Kiv::ValueTraits<double>::format( number );
+}
+
+/// Collects what is out of range.
+struct Inspection {
+    void require( bool holds, char const* variable, std::string const& expected, std::string const& found ) {
+        if ( !holds ) {
+            faults.push_back( { variable, "expected " + expected + ", found " + found } );
+        }
+    }
+    void range( double value, double least, double greatest, char const* variable, char const* what ) {
+        require(
+            value >= least && value <= greatest, variable,
+            what + std::string( " from " ) + textOf( least ) + " to " + textOf( greatest ), textOf( value )
+        );
+    }
+    void positive( Seconds value, char const* variable ) {
+        require(
+            value > 0.0 && Kiv::isFinite( value ), variable, "a number of seconds above 0", textOf( value )
+        );
+    }
+    void atLeastOne( U32 value, char const* variable ) {
+        require( value >= 1, variable, "a whole number from 1", std::to_string( value ) );
+    }
+
+    std::vector<QuerierConfig::Fault> faults{};
+};
+
 } // namespace
 
-std::vector<char const*>
+std::vector<QuerierConfig::Fault>
 QuerierConfig::faults() const {
+    constexpr double leastMtu = 68; // RFC 791
     Seconds const greatest = greatestResponseTime( version );
-    std::vector<char const*> found;
-    auto const require = [&]( bool holds, char const* text ) {
-        if ( !holds ) {
-            found.push_back( text );
-        }
-    };
-    require( version >= 1 && version <= 3, "QuerierConfig::version < 1 or > 3 not allowed" );
-    require( !ipAddr.isZero() && !ipAddr.isMulticast(), "QuerierConfig::ipAddr must be a unicast address" );
-    require( mtu >= 68 && mtu <= 65535, "QuerierConfig::mtu < 68 or > 65535 not allowed" );
-    require( robustness >= 1, "QuerierConfig::robustness < 1 not allowed" );
-    require(
-        queryInterval > 0.0 && Kiv::isFinite( queryInterval ), "QuerierConfig::queryInterval must be above 0"
+    Inspection inspection;
+    inspection.range( version, 1, 3, "version", "an IGMP version" );
+    inspection.require(
+        !ipAddr.isZero() && !ipAddr.isMulticast(), "ipAddr", "a unicast address",
+        std::string( valueToStrep( ipAddr ).view() )
     );
-    require(
-        queryResponseInterval >= ( version == 3 ? 0.0 : tenth ) && queryResponseInterval <= greatest,
-        "QuerierConfig::queryResponseInterval outside what a query can tell"
+    inspection.range( mtu, leastMtu, 65535, "mtu", "a number of bytes" );
+    inspection.atLeastOne( robustness, "robustness" );
+    inspection.positive( queryInterval, "queryInterval" );
+    inspection.range(
+        queryResponseInterval, version == 3 ? 0.0 : tenth, greatest, "queryResponseInterval",
+        "what a query can tell, seconds"
     );
-    require(
-        queryResponseInterval < queryInterval,
-        "QuerierConfig::queryResponseInterval must be below the query interval"
+    inspection.require(
+        queryResponseInterval < queryInterval, "queryResponseInterval",
+        "less than the seconds from query to query, " + textOf( queryInterval ),
+        textOf( queryResponseInterval )
     );
-    require(
-        lastMemberQueryInterval >= tenth && lastMemberQueryInterval <= greatest,
-        "QuerierConfig::lastMemberQueryInterval outside what a query can tell"
+    inspection.range(
+        lastMemberQueryInterval, tenth, greatest, "lastMemberQueryInterval", "what a query can tell, seconds"
     );
-    require( startupQueryInterval() > 0.0, "QuerierConfig::startupQueryInterval must be above 0" );
-    require( startupQueryCount() >= 1, "QuerierConfig::startupQueryCount < 1 not allowed" );
-    require( lastMemberQueryCount() >= 1, "QuerierConfig::lastMemberQueryCount < 1 not allowed" );
-    return found;
+    inspection.positive( startupQueryInterval(), "startupQueryInterval" );
+    inspection.atLeastOne( startupQueryCount(), "startupQueryCount" );
+    inspection.atLeastOne( lastMemberQueryCount(), "lastMemberQueryCount" );
+    return std::move( inspection.faults );
 }
 
 void
 QuerierConfig::check() const {
-    if ( std::vector<char const*> const found = faults(); !found.empty() ) {
-        Kiv::throwRangeException( found.front() );
+    if ( std::vector<Fault> const found = faults(); !found.empty() ) {
+        Kiv::throwRangeException(
+            ( "QuerierConfig::" + found.front().variable + ": " + found.front().text ).c_str()
+        );
     }
 }
 

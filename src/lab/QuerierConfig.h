@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/bridging/VlanId.h"
@@ -65,8 +66,12 @@ struct QuerierConfig {
     /// How long a membership lasts after a leave that nobody contradicts.
     Seconds lastMemberQueryTime() const { return lastMemberQueryCount() * lastMemberQueryInterval; }
 
-    /// A text, with the name of the variable, for each value with which no querier can work.
-    std::vector<char const*> faults() const;
+    /// A value with which no querier can work: the variable, and what was expected and found.
+    struct Fault {
+        std::string variable;
+        std::string text;
+    };
+    std::vector<Fault> faults() const;
     /// Raises RangeException with the first of them.
     void check() const;
 };

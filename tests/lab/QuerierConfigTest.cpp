@@ -47,14 +47,15 @@ TEST_F( QuerierConfigTest, SetValuesStandInPlaceOfDerivedOnes ) {
 }
 
 TEST_F( QuerierConfigTest, RefusesAVersionThatDoesNotExist ) {
-    EXPECT_EQ( refusal( []( auto& c ) { c.version = 0; } ), "QuerierConfig::version < 1 or > 3 not allowed" );
-    EXPECT_EQ( refusal( []( auto& c ) { c.version = 4; } ), "QuerierConfig::version < 1 or > 3 not allowed" );
+    std::string const text = "QuerierConfig::version: expected an IGMP version from 1 to 3, found ";
+    EXPECT_EQ( refusal( []( auto& c ) { c.version = 0; } ), text + "0" );
+    EXPECT_EQ( refusal( []( auto& c ) { c.version = 4; } ), text + "4" );
 }
 
 TEST_F( QuerierConfigTest, RefusesAnAddressThatIsNotUnicast ) {
-    std::string const text = "QuerierConfig::ipAddr must be a unicast address";
-    EXPECT_EQ( refusal( []( auto& c ) { c.ipAddr = IpAddr(); } ), text );
-    EXPECT_EQ( refusal( []( auto& c ) { c.ipAddr = IpAddr( "224.0.0.1" ); } ), text );
+    std::string const text = "QuerierConfig::ipAddr: expected a unicast address, found ";
+    EXPECT_EQ( refusal( []( auto& c ) { c.ipAddr = IpAddr(); } ), text + "0.0.0.0" );
+    EXPECT_EQ( refusal( []( auto& c ) { c.ipAddr = IpAddr( "224.0.0.1" ); } ), text + "224.0.0.1" );
 }
 
 TEST_F( QuerierConfigTest, RefusesAnMtuThatIpDoesNotKnow ) {

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "agent/scenario/ValueText.h"
+
 namespace Agent {
 
 std::span<Comparison::Sign const>
@@ -29,8 +31,12 @@ Comparison::Comparison( Kiv::ValueType const& type, std::string_view text ) : ty
     }
     try {
         value_ = type.parse( rest.substr( std::min( rest.find_first_not_of( ' ' ), rest.size() ) ) );
-    } catch ( Kiv::RangeException const& ) {
-        value_ = type.parse( text ); // fails as well, and tells all that was found
+    } catch ( Kiv::RangeException const& fault ) {
+        Kiv::throwExpected(
+            expectationOf( type, fault ) + ", or one behind " +
+                ( isNumber() ? "==, !=, <, <=, > or >=" : "== or !=" ),
+            text
+        );
     }
 }
 

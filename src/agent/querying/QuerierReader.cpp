@@ -1,6 +1,7 @@
 #include "agent/querying/QuerierReader.h"
 
 #include <algorithm>
+#include <map>
 
 #include "agent/scenario/reading/SettingReader.h"
 
@@ -10,19 +11,11 @@ namespace {
 
 constexpr char positive[] = R"({"type":"number","exclusiveMinimum":0})";
 
-Zornet::U8
-versionOf( std::string_view text ) {
-    auto const version = Kiv::ValueTraits<Igmp::IgmpVersion>::parse( text );
-    if ( version == Igmp::igmpVersionUnknown ) {
-        Kiv::throwExpected( "an IGMP version, 1 to 3", text );
-    }
-    return static_cast<Zornet::U8>( version );
-}
-
 struct Reading {
     ScenarioFile& file;
     QuerierSpec spec{};
     bool hasResponseTime = false;
+    std::map<std::string, Position> places{}; ///< of the values, by key
 
     void readKey( YamlField const& field );
     bool readTime( YamlField const& field );
@@ -32,6 +25,7 @@ void
 Reading::readKey( YamlField const& field ) {
     YamlReader& yaml = file.yaml;
     Lab::QuerierConfig& config = spec.config;
+    places[field.key] = field.at;
     if ( field.key == "device" ) {
         spec.device = Kiv::String8( yaml.readText( field ).value_or( "" ) );
     } else if ( field.key == "ns" ) {
@@ -39,7 +33,8 @@ Reading::readKey( YamlField const& field ) {
             spec.ns = std::any_cast<Zornet::NamespaceName>( *ns );
         }
     } else if ( field.key == "igmpVersion" ) {
-        config.version = yaml.readParsed( field, versionOf ).value_or( config.version );
+        auto const version = yaml.readParsed( field, protocolOf );
+        config.version = version ? static_cast<Zornet::U8>( *version ) : config.version;
     } else if ( field.key == "ipAddr" ) {
         if ( auto const addr = yaml.readValue( field, Kiv::valueType<Zornet::IpAddr> ) ) {
             config.ipAddr = std::any_cast<Zornet::IpAddr>( *addr );
@@ -71,16 +66,29 @@ Reading::readTime( YamlField const& field ) {
     return true;
 }
 
+/// What the attribute is called here.
+std::string
+keyOf( Lab::QuerierConfig::Fault const& fault ) {
+    static std::map<std::string_view, std::string> const keys{
+        { "queryInterval", "interval" },
+        { "queryResponseInterval", "responseTime" },
+        { "lastMemberQueryInterval", "lastMember" },
+    };
+    auto const key = keys.find( fault.variable );
+    return key == keys.end() ? fault.variable : key->second;
+}
+
 } // namespace
 
 std::span<KeyRow const>
 querierKeys() {
     static constexpr KeyRow rows[] = {
         { "device", "The device that it asks on, at the other end of a cable from the hosts",
-          R"({"type":"string","minLength":1})", true },
+          R"({"type":["string","integer"],"minLength":1})", true },
         { "ns", "Network namespace of the device; that of the command where not set",
-          R"({"type":"string"})" },
-        { "igmpVersion", "Protocol to ask by, 1 to 3 [3]", R"({"enum":[1,2,3]})" },
+          R"({"type":["string","integer"]})" },
+        { "igmpVersion", "Protocol to ask by, 1 to 3 [3]",
+          R"({"enum":[1,2,3,"1","2","3","igmpVersion1","igmpVersion2","igmpVersion3"]})" },
         { "interval", "Seconds from general query to query [125]", positive },
         { "responseTime",
           "Seconds within which hosts are to answer [10, or half of the interval where that is less]",
@@ -107,8 +115,12 @@ readQuerier( ScenarioFile& file, YamlField const& field ) {
         config.queryResponseInterval = std::min( config.queryResponseInterval, config.queryInterval / 2 );
     }
     if ( file.yaml.errors().size() == errorsBefore ) {
-        for ( char const* const fault : config.faults() ) {
-            file.yaml.error( field.at, std::string( "querier: " ) + fault );
+        for ( Lab::QuerierConfig::Fault const& fault : config.faults() ) {
+            std::string const key = keyOf( fault );
+            auto const place = reading.places.find( key );
+            file.yaml.error(
+                place == reading.places.end() ? field.at : place->second, key + ": " + fault.text
+            );
         }
     }
     return file.yaml.errors().size() == errorsBefore ? std::optional( reading.spec ) : std::nullopt;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <csignal>
 #include <iostream>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "agent/devices/DeviceFacts.h"
@@ -43,11 +44,17 @@ configOf( QueryOptions const& options ) {
     return config;
 }
 
-/// The text of an exception without the class before the name of the variable.
-std::string_view
-withoutClass( std::string_view text ) {
-    std::size_t const colons = text.find( "::" );
-    return colons == std::string_view::npos ? text : text.substr( colons + 2 );
+/// The option that sets what is at fault.
+std::string
+optionOf( Lab::QuerierConfig::Fault const& fault ) {
+    static std::map<std::string_view, char const*> const options{
+        { "ipAddr", "--address" },
+        { "queryInterval", "--interval" },
+        { "queryResponseInterval", "--response-time" },
+        { "lastMemberQueryInterval", "--last-member" },
+    };
+    auto const option = options.find( fault.variable );
+    return option == options.end() ? fault.variable : option->second;
 }
 
 void
@@ -96,10 +103,11 @@ query( QueryOptions const& options ) {
     }
     keepCapabilities( deviceCapabilities( !options.ns.empty() ) );
     Lab::QuerierConfig const config = configOf( options );
-    try {
-        config.check();
-    } catch ( Kiv::RangeException const& fault ) {
-        std::cerr << "igmphost: error: " << withoutClass( fault.what() ) << std::endl;
+    std::vector<Lab::QuerierConfig::Fault> const faults = config.faults();
+    for ( Lab::QuerierConfig::Fault const& fault : faults ) {
+        std::cerr << "igmphost: error: " << optionOf( fault ) << ": " << fault.text << std::endl;
+    }
+    if ( !faults.empty() ) {
         return exitWrongUsage;
     }
     return perform( options, config );

@@ -22,11 +22,39 @@ shardOf( std::string_view text ) {
 
 Kiv::Seconds
 durationOf( std::string_view text ) {
-    Kiv::Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
-    if ( seconds <= 0.0 || !Kiv::isFinite( seconds ) ) {
-        Kiv::throwExpected( "a number of seconds above 0", text );
+    try {
+        Kiv::Seconds const seconds = Kiv::ValueTraits<double>::parse( text );
+        if ( seconds > 0.0 && Kiv::isFinite( seconds ) ) {
+            return seconds;
+        }
+    } catch ( Kiv::RangeException const& ) {
     }
-    return seconds;
+    Kiv::throwExpected( "a number of seconds above 0", text );
+}
+
+U64
+wholeNumberOf( std::string_view text, U64 least, U64 greatest ) {
+    constexpr U64 unbounded = std::numeric_limits<U64>::max();
+    try {
+        if ( U64 const number = Kiv::parseUnsigned( text, greatest, "number" ); number >= least ) {
+            return number;
+        }
+    } catch ( Kiv::RangeException const& ) {
+    }
+    std::string const end = greatest == unbounded ? "" : " to " + std::to_string( greatest );
+    Kiv::throwExpected( "a whole number from " + std::to_string( least ) + end, text );
+}
+
+Igmp::IgmpVersion
+protocolOf( std::string_view text ) {
+    try {
+        auto const version = Kiv::ValueTraits<Igmp::IgmpVersion>::parse( text );
+        if ( version != Igmp::igmpVersionUnknown ) {
+            return version;
+        }
+    } catch ( Kiv::RangeException const& ) {
+    }
+    Kiv::throwExpected( "an IGMP version, 1 to 3", text );
 }
 
 U64

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,6 +30,8 @@ struct Shard {
 // What a text stands for. Each raises RangeException that says what was expected and found.
 Shard shardOf( std::string_view text );           ///< "K/N"
 Kiv::Seconds durationOf( std::string_view text ); ///< above 0
+U64 wholeNumberOf( std::string_view text, U64 least, U64 greatest = std::numeric_limits<U64>::max() );
+Igmp::IgmpVersion protocolOf( std::string_view text ); ///< 1 to 3, or the enumerator's name
 
 /// What a user wants to exist: plain data, checked one by one against what the model can hold.
 struct Scenario {

@@ -53,7 +53,7 @@ TEST_F( CheckVerb, TellsWhatWouldExist ) {
     EXPECT_EQ(
         output_,
         "hosts:          8 (7 of version 2, 1 of version 3)\n"
-        "groups:         513, in 1283 memberships\n"
+        "groups:         513, in 1,283 memberships\n"
         "device:         eth0 in namespace blue: 8 hosts, 4 of them untagged, VLAN 100, 102, 104, 106\n"
         "duration:       60 s\n"
         "first reports:  774 when the hosts start\n"
@@ -123,7 +123,7 @@ TEST_F( CheckVerb, WarningsAreToldBesideErrors ) {
         errors_, "s.yaml:4:79: error: filterMode: expected IgmpV3GroupRecordType, one of include, exclude, "
                  "MODE_IS_INCLUDE, MODE_IS_EXCLUDE, CHANGE_TO_INCLUDE_MODE, CHANGE_TO_EXCLUDE_MODE, "
                  "ALLOW_NEW_SOURCES, BLOCK_OLD_SOURCES, found 'excluded'\n"
-                 "s.yaml:7:52: error: robustness: expected U32, a whole number from 0 to 4294967295, found "
+                 "s.yaml:7:52: error: robustness: expected a whole number from 0 to 4294967295, found "
                  "'many'\n"
                  "s.yaml:3:92: warning: robustness: 0 ends the process when sources change in version 3\n"
                  "s.yaml:6:36: warning: mtu: below 58, headers and a record with a source, a report ends the "

@@ -41,7 +41,7 @@ TEST_F( Query, OnceWithoutHostsIsAnEmptyTable ) {
     AgentProcess query( scan( {} ) );
     EXPECT_EQ( query.exitStatus(), 0 );
     EXPECT_EQ(
-        query.written( AgentProcess::output ), "0 groups; asked 1 times, heard 0 reports and 0 leaves\n"
+        query.written( AgentProcess::output ), "0 groups; asked 1 time, heard 0 reports and 0 leaves\n"
     );
 }
 
@@ -130,11 +130,11 @@ TEST_F( Query, MissingDeviceOrNamespaceIsNamed ) {
 }
 
 TEST_F( Query, TimesWithWhichNobodyCanAskAreWrongUsage ) {
-    AgentProcess query( { "query", "lo", "--interval", "5", "--response-time", "5" } );
+    AgentProcess query( { "query", "lo", "--interval", "5", "--response-time", "8" } );
     EXPECT_EQ( query.exitStatus(), 2 );
     EXPECT_EQ(
         query.written( AgentProcess::errors ),
-        "igmphost: error: queryResponseInterval must be below the query interval\n"
+        "igmphost: error: --response-time: expected less than the seconds from query to query, 5, found 8\n"
     );
 }
 

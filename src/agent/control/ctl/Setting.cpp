@@ -7,6 +7,7 @@
 #include "agent/hosts/Generations.h"
 #include "agent/hosts/HostRegrets.h"
 #include "agent/scenario/Suggestion.h"
+#include "agent/scenario/ValueText.h"
 #include "agent/scenario/reading/SettingReader.h"
 
 namespace Agent {
@@ -38,7 +39,7 @@ settingOf( std::string const& word ) {
     }
     Kiv::Attribute const& row = settableRow( word.substr( 0, equals ) );
     try {
-        return { &row, row.type->parse( std::string_view( word ).substr( equals + 1 ) ), {} };
+        return { &row, valueOf( *row.type, std::string_view( word ).substr( equals + 1 ) ), {} };
     } catch ( Kiv::RangeException const& fault ) {
         throw std::invalid_argument( std::string( row.name ) + ": " + fault.what() );
     }

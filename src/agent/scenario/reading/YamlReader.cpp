@@ -5,9 +5,12 @@
 
 #include <algorithm>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <sstream>
 
+#include "agent/scenario/Scenario.h"
 #include "agent/scenario/Suggestion.h"
+#include "agent/scenario/ValueText.h"
 
 namespace Agent {
 
@@ -84,9 +87,39 @@ YamlReader::document( std::string const& text ) {
     } catch ( YAML::DeepRecursion const& deep ) {
         error( at( deep.mark ), "nested too deeply" );
     } catch ( YAML::Exception const& fault ) {
-        error( at( fault.mark ), "not YAML: " + fault.msg );
+        tellSyntax( text, fault );
     }
     return {};
+}
+
+/// YAML reads JSON too, but where that ends early it may tell of a bracket far above.
+void
+YamlReader::tellSyntax( std::string const& text, YAML::Exception const& fault ) {
+    if ( files_[file_].ends_with( ".json" ) ) {
+        try {
+            auto const parsed = nlohmann::json::parse( text, nullptr, true, true );
+        } catch ( nlohmann::json::parse_error const& json ) {
+            constexpr std::string_view before = ": syntax error ";
+            std::string_view const told = json.what();
+            std::size_t const reason = told.find( before );
+            error(
+                placeOf( std::string_view( text ).substr( 0, json.byte - 1 ) ),
+                "not JSON: " +
+                    std::string(
+                        reason == std::string_view::npos ? told : told.substr( reason + before.size() )
+                    )
+            );
+            return;
+        }
+    }
+    error( at( fault.mark ), "not YAML: " + fault.msg );
+}
+
+/// Of what stands behind that text.
+Position
+YamlReader::placeOf( std::string_view before ) const {
+    return { file_, static_cast<int>( std::count( before.begin(), before.end(), '\n' ) ) + 1,
+             static_cast<int>( before.size() - ( before.rfind( '\n' ) + 1 ) ) + 1 };
 }
 
 /// YAML is text; the parser would end at some of these, as if the file did (YAML 1.2, section 5.1).
@@ -100,9 +133,7 @@ YamlReader::checkCharacters( std::string const& text ) {
         return true;
     }
     std::string_view const before( text.data(), static_cast<std::size_t>( found - text.begin() ) );
-    Position const place{ file_, static_cast<int>( std::count( before.begin(), before.end(), '\n' ) ) + 1,
-                          static_cast<int>( before.size() - ( before.rfind( '\n' ) + 1 ) ) + 1 };
-    error( place, "not YAML: expected text, found a byte " + std::to_string( *found ) );
+    error( placeOf( before ), "not YAML: expected text, found a byte " + std::to_string( *found ) );
     return false;
 }
 
@@ -207,23 +238,15 @@ YamlReader::readText( YamlField const& field ) {
 
 std::optional<Kiv::U64>
 YamlReader::readWhole( YamlField const& field, Kiv::U64 least, Kiv::U64 greatest ) {
-    if ( field.value.IsScalar() ) {
-        try {
-            Kiv::U64 const number = Kiv::parseUnsigned( field.value.Scalar(), greatest, "number" );
-            if ( number >= least ) {
-                return number;
-            }
-        } catch ( Kiv::RangeException const& ) {
-        }
-    }
-    expected( field, "a whole number from " + std::to_string( least ) + " to " + std::to_string( greatest ) );
-    return {};
+    return readParsed( field, [&]( std::string_view text ) {
+        return wholeNumberOf( text, least, greatest );
+    } );
 }
 
 std::optional<std::any>
 YamlReader::readValue( YamlField const& field, Kiv::ValueType const& type ) {
     return readParsed( field, [&]( std::string_view text ) {
-        return type.parse( plainText( text, type ) );
+        return valueOf( type, plainText( text, type ) );
     } );
 }
 

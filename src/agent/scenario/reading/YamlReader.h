@@ -68,6 +68,8 @@ class YamlReader {
   private:
     void refused( YamlField const& field, Kiv::RangeException const& fault );
     Position at( YAML::Mark const& mark ) const;
+    Position placeOf( std::string_view before ) const;
+    void tellSyntax( std::string const& text, YAML::Exception const& fault );
     bool checkCharacters( std::string const& text );
     bool isWithinBounds( YamlField const& field );
     void expected( YamlField const& field, std::string const& what );
