@@ -37,13 +37,34 @@ bearableDistance( std::string_view word ) {
     return word.size() < shortWord ? 1 : std::max<std::size_t>( 2, word.size() / 3 );
 }
 
+/// "v3" of "v3ReportsSent"; empty where the word begins with no version of the protocol.
+std::string_view
+versionOf( std::string_view word ) {
+    bool const hasVersion = word.size() > 2 && word[0] == 'v' && word[1] >= '1' && word[1] <= '3';
+    return word.substr( 0, hasVersion ? 2 : 0 );
+}
+
+/// Of the known words those of the same version, where there are any: in what is said of one version no word
+/// of another is meant.
+std::vector<std::string_view>
+ofSameVersion( std::string_view word, std::span<std::string_view const> known ) {
+    std::string_view const version = versionOf( word );
+    std::vector<std::string_view> same;
+    for ( std::string_view const candidate : known ) {
+        if ( versionOf( candidate ) == version ) {
+            same.push_back( candidate );
+        }
+    }
+    return version.empty() || same.empty() ? std::vector( known.begin(), known.end() ) : same;
+}
+
 } // namespace
 
 std::string_view
 nearest( std::string_view word, std::span<std::string_view const> known ) {
     std::string_view best;
     std::size_t least = bearableDistance( word ) + 1;
-    for ( std::string_view const candidate : known ) {
+    for ( std::string_view const candidate : ofSameVersion( word, known ) ) {
         std::size_t const apart = distance( word, candidate );
         if ( apart < least && apart < candidate.size() ) {
             least = apart;
@@ -59,7 +80,7 @@ suggestion( std::string_view word, std::span<std::string_view const> known ) {
         return "; did you mean '" + std::string( near ) + "'?";
     }
     std::string text;
-    for ( std::string_view const candidate : known ) {
+    for ( std::string_view const candidate : ofSameVersion( word, known ) ) {
         text += text.empty() ? "; expected one of " : ", ";
         text += candidate;
     }

@@ -154,7 +154,7 @@ INSTANTIATE_TEST_SUITE_P(
         Regret{ "multicastAddr: 10.1.1.1, filterMode: exclude",
                 "10.1.1.1: outside 224.0.0.0/4 there are no multicast groups\n" },
         Regret{ "multicastAddr: 239.255.255.255, filterMode: exclude, count: 2",
-                "239.255.255.255: outside 224.0.0.0/4 there are no multicast groups\n" },
+                "240.0.0.0: outside 224.0.0.0/4 there are no multicast groups\n" },
         Regret{ "multicastAddr: 232.1.1.1",
                 "232.1.1.1: routers take a join of 232.0.0.0/8 for named sources alone (RFC 4604)\n" },
         Regret{ "multicastAddr: 239.1.1.1, sources: 239.1.1.1",
@@ -176,6 +176,17 @@ INSTANTIATE_TEST_SUITE_P(
                 "239.1.1.1: replicate deletes every group of the host that is not one of its copies\n" }
     )
 );
+
+TEST( Warnings, NameThatIsAPatternIsTold ) {
+    EXPECT_THAT(
+        warningsOf(
+            "hosts: [ { name: 'rx*', ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', deviceName: a } ]"
+        ),
+        ::testing::HasSubstr( ":1:18: error: name: 'rx*' is a pattern to events, expectations and ctl, and "
+                              "may mean other hosts "
+                              "there\n" )
+    );
+}
 
 TEST( Warnings, WhatIsNoRegretIsNotTold ) {
     for ( char const* const settings :

@@ -28,6 +28,21 @@ blockSize( GroupSpec const& group ) {
     return std::max( 1U, group.settings.value<U32>( IgmpV3GroupRecord::attrReplicateNumber ) );
 }
 
+/// The first address that is no multicast address.
+std::optional<IpAddr>
+firstOutside( AddressList const& groups ) {
+    std::optional<IpAddr> outside;
+    if ( groups.lowest().isMulticast() && groups.highest().isMulticast() ) {
+        return outside;
+    }
+    groups.forEach( [&outside]( IpAddr const& group ) {
+        if ( !outside && !group.isMulticast() ) {
+            outside = group;
+        }
+    } );
+    return outside;
+}
+
 } // namespace
 
 void
@@ -54,8 +69,10 @@ GroupWarnings::checkAddress( GroupSpec const& group ) {
     constexpr U32 sourceSpecific = 0xe8000000; // 232.0.0.0/8
     constexpr U32 networkOf8 = 0xff000000;
     IpAddr const lowest = group.groups.lowest();
-    if ( !lowest.isMulticast() || !group.groups.highest().isMulticast() ) {
-        warn( group, ": outside 224.0.0.0/4 there are no multicast groups" );
+    if ( auto const outside = firstOutside( group.groups ) ) {
+        warnings_.add(
+            group.at, "group " + textOf( *outside ) + ": outside 224.0.0.0/4 there are no multicast groups"
+        );
     } else if ( ( lowest.hostOrder() & networkOf24 ) == linkLocal ) {
         warn( group, ": routers and snooping switches do not keep track of 224.0.0.0/24 (RFC 4541)" );
     } else if ( ( lowest.hostOrder() & networkOf8 ) == sourceSpecific && filterMode( group ) == IgmpV3GroupRecord::exclude ) {

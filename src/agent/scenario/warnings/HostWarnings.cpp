@@ -12,6 +12,7 @@ using Zornet::IpAddr;
 
 void
 HostWarnings::check() {
+    checkName();
     checkAddresses();
     checkBinding();
     checkTag();
@@ -31,6 +32,16 @@ HostWarnings::warn( Kiv::AttributeId id, std::string const& text, bool endsProce
 bool
 HostWarnings::isVersion3() const {
     return value<Igmp::IgmpVersion>( IgmpHost::attrIgmpVersion ) == Igmp::igmpVersion3;
+}
+
+void
+HostWarnings::checkName() {
+    if ( spec_.name.find_first_of( "*?[]\\" ) != std::string::npos ) {
+        warnings_.add(
+            spec_.at, "name: '" + spec_.name +
+                          "' is a pattern to events, expectations and ctl, and may mean other hosts there"
+        );
+    }
 }
 
 void

@@ -14,6 +14,7 @@ class HostWarnings {
     void check();
 
   private:
+    void checkName();
     void checkAddresses();
     void checkBinding();
     void checkTag();
