@@ -12,7 +12,7 @@ namespace {
 
 constexpr char notNegative[] = R"({"type":"number","minimum":0})";
 constexpr char groupsSchema[] = R"({"$ref":"#/definitions/groups"})";
-constexpr char textSchema[] = R"({"type":"string"})";
+constexpr char textSchema[] = R"({"type":["string","integer"],"minLength":1})";
 constexpr char comparisonSchema[] =
     R"({"anyOf":[{"type":"integer","minimum":0},{"type":"string","pattern":"^([=!<>]=|[<>])? *[0-9]+$"}]})";
 

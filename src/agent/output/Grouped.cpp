@@ -11,4 +11,9 @@ grouped( Kiv::U64 number ) {
     return text;
 }
 
+std::string
+counted( Kiv::U64 count, std::string const& noun, std::string const& plural ) {
+    return grouped( count ) + " " + ( count == 1 ? noun : plural.empty() ? noun + "s" : plural );
+}
+
 } // namespace Agent

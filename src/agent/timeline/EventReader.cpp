@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <limits>
 #include <map>
+#include <utility>
 
+#include "agent/scenario/WorkProgress.h"
 #include "agent/scenario/reading/GroupReader.h"
 #include "agent/scenario/reading/HostNameReader.h"
 #include "agent/scenario/reading/HostReader.h"
@@ -48,6 +50,8 @@ class EventReader {
 
     /// The event. One with an error is of no use but to find the hosts that it names.
     Event read( YamlField const& entry );
+    /// Whether the key says what happens.
+    static bool isAction( std::string_view key ) { return actionOf( key ) != nullptr; }
 
   private:
     using Reader = void ( EventReader::* )( YamlField const& );
@@ -131,7 +135,9 @@ EventReader::readKey( YamlField const& field ) {
     } else if ( action_ ) {
         error( field, "expected one action in an event, found " + action_->key + " too" );
         spansKnown_ = false;
+        std::vector<GroupSpec> const groups = std::exchange( event_.groups, {} ); // no repetition of these
         ( this->*action->read )( field );
+        event_.groups = groups;
     } else {
         action_ = field;
         event_.action = action->action;
@@ -275,10 +281,8 @@ EventReader::finish( bool allKeysKnown ) {
 void
 EventReader::tellMissingAction() {
     std::string text;
-    for ( KeyRow const& key : eventKeys() ) {
-        if ( actionOf( key.name ) ) {
-            text += ( text.empty() ? "" : ", " ) + std::string( key.name );
-        }
+    for ( std::string const& key : eventActionKeys() ) {
+        text += ( text.empty() ? "" : ", " ) + key;
     }
     file_.yaml.error( event_.at, "missing action in an event; expected one of " + text );
 }
@@ -343,6 +347,17 @@ eventKeys() {
     return rows;
 }
 
+std::vector<std::string>
+eventActionKeys() {
+    std::vector<std::string> keys;
+    for ( KeyRow const& key : eventKeys() ) {
+        if ( EventReader::isAction( key.name ) ) {
+            keys.emplace_back( key.name );
+        }
+    }
+    return keys;
+}
+
 std::span<KeyRow const>
 zapKeys() {
     static constexpr KeyRow rows[] = {
@@ -367,7 +382,9 @@ flapKeys() {
 
 void
 readEvents( ScenarioFile& file, YamlField const& events ) {
+    U64 done = 0;
     file.yaml.readList( events, [&]( YamlField const& entry ) {
+        WorkProgress::tell( "events read", done++, events.value.size() );
         file.scenario.events.push_back( EventReader( file ).read( entry ) );
     } );
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <span>
+#include <string>
+#include <vector>
 
 #include "agent/scenario/KeyRow.h"
 #include "agent/scenario/reading/ScenarioFile.h"
@@ -11,6 +13,8 @@ namespace Agent {
 std::span<KeyRow const> eventKeys();
 std::span<KeyRow const> zapKeys();
 std::span<KeyRow const> flapKeys();
+/// Those of an event that name an action.
+std::vector<std::string> eventActionKeys();
 
 /// Reads the list below `events` of one file into the scenario. Hosts that an event adds join the scenario's.
 /// Every error is told.

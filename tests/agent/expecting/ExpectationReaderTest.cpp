@@ -23,19 +23,27 @@ TEST( ExpectationReader, ConditionsNameAttributesOfTheStatus ) {
     EXPECT_EQ( expectation.status[0].comparison.text(), ">= 2" );
 }
 
+TEST( ExpectationReader, WhatIsSaidOfOneVersionIsNotTakenForAnother ) {
+    std::string const told = expectErrors( "{ v3ReportsSent: 2 }" );
+    EXPECT_THAT( told, ::testing::HasSubstr( "v3CurrentStateReportSent" ) );
+    EXPECT_THAT( told, ::testing::Not( ::testing::HasSubstr( "v1ReportsSent" ) ) );
+}
+
 TEST( ExpectationReader, EveryErrorIsTold ) {
     EXPECT_EQ(
         expectErrors( "{ at: soon, hosts: tx, v2ReportSent: 2, v2LeavesSent: '=> 2', igmpVersion: '> 2' }" ),
-        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:11: error: at: expected a number of seconds, 0 or above, found 'soon'\n"
         ":3:24: error: hosts: expected the name of a host, found 'tx'; did you mean 'rx'?\n"
         ":3:28: error: unknown key 'v2ReportSent' in an expectation; did you mean 'v2ReportsSent'?\n"
-        ":3:59: error: v2LeavesSent: expected U32, a whole number from 0 to 4294967295, found '=> 2'\n"
+        ":3:59: error: v2LeavesSent: expected a whole number from 0 to 4294967295, or one behind ==, !=, "
+        "<, <=, > or >=, found '=> 2'\n"
         ":3:80: error: igmpVersion: expected a value, or == or != and a value, for what is no number, found "
         "'> 2'\n"
     );
     EXPECT_EQ(
         expectErrors( "{ v2LeavesSent: '>> 2' }" ),
-        ":3:21: error: v2LeavesSent: expected U32, a whole number from 0 to 4294967295, found '>> 2'\n"
+        ":3:21: error: v2LeavesSent: expected a whole number from 0 to 4294967295, or one behind ==, !=, "
+        "<, <=, > or >=, found '>> 2'\n"
     );
 }
 
@@ -70,12 +78,13 @@ TEST( ExpectationReader, KeysMustGoTogether ) {
     EXPECT_EQ(
         expectErrors( "{ querier: { groupCount: 3 }, within: soon }" ),
         ":3:16: error: querier: expected a querier in the scenario, found none\n"
-        ":3:43: error: within: expected a number, found 'soon'\n"
+        ":3:43: error: within: expected a number of seconds, 0 or above, found 'soon'\n"
         ":3:43: error: within: expected at beside it, found none\n"
     );
     EXPECT_EQ(
         expectErrors( "{ v2LeavesSent: many, totl: true, hosts: rx }" ),
-        ":3:21: error: v2LeavesSent: expected U32, a whole number from 0 to 4294967295, found 'many'\n"
+        ":3:21: error: v2LeavesSent: expected a whole number from 0 to 4294967295, or one behind ==, !=, "
+        "<, <=, > or >=, found 'many'\n"
         ":3:27: error: unknown key 'totl' in an expectation; did you mean 'total'?\n"
     );
 }
@@ -95,13 +104,16 @@ TEST( ExpectationReader, QuerierHasItsVariables ) {
         errorsOf( text + "{ devise: x, igmpVersion: 4 }\n" ),
         ":4:10: error: missing key 'device' in a querier\n"
         ":4:12: error: unknown key 'devise' in a querier; did you mean 'device'?\n"
-        ":4:36: error: igmpVersion: expected an IGMP version: 0 to 3 or igmpVersion1, igmpVersion2, "
-        "igmpVersion3, found '4'\n"
+        ":4:36: error: igmpVersion: expected an IGMP version, 1 to 3, found '4'\n"
     );
     EXPECT_EQ(
         errorsOf( text + "{ device: x, ipAddr: 224.0.0.1, lastMember: 0.01 }\n" ),
-        ":4:10: error: querier: QuerierConfig::ipAddr must be a unicast address\n"
-        ":4:10: error: querier: QuerierConfig::lastMemberQueryInterval outside what a query can tell\n"
+        ":4:31: error: ipAddr: expected a unicast address, found 224.0.0.1\n"
+        ":4:54: error: lastMember: expected what a query can tell, seconds from 0.1 to 3174.4, found 0.01\n"
+    );
+    EXPECT_EQ(
+        errorsOf( text + "{ device: x, interval: 5, responseTime: 8 }\n" ),
+        ":4:50: error: responseTime: expected less than the seconds from query to query, 5, found 8\n"
     );
 }
 

@@ -49,7 +49,7 @@ TEST( EventReader, EveryErrorIsTold ) {
         ":3:15: error: unknown key 'evry' in an event; did you mean 'every'?\n"
         ":3:31: error: every: expected a number of seconds above 0, found '0'\n"
         ":3:41: error: times: expected a whole number from 1 to 4294967295, found '0'\n"
-        ":3:52: error: jitter: expected a number, found 'x'\n"
+        ":3:52: error: jitter: expected a number of seconds, 0 or above, found 'x'\n"
         ":3:63: error: enable: expected true or nothing, for hosts says which, found 'no'\n"
     );
 }
@@ -64,7 +64,7 @@ TEST( EventReader, WhatDoesNotGoTogetherIsToldBesideOtherErrors ) {
         eventErrors( "{ at: soon, every: 2, jitter: 2.5, rate: 0, hosts: rx }" ),
         ":3:5: error: missing action in an event; expected one of set, join, leave, change, enable, disable, "
         "add, delete, zap, flap\n"
-        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:11: error: at: expected a number of seconds, 0 or above, found 'soon'\n"
         ":3:35: error: jitter: expected at most the 2 s to the next step, found '2.5'\n"
         ":3:46: error: rate: expected a rate above 0, such as 500/s, 30/min or 10/h, found '0'\n"
     );
@@ -102,10 +102,17 @@ TEST( EventReader, SecondActionIsReadToo ) {
     );
 }
 
+TEST( EventReader, GroupsOfASecondActionRepeatNone ) {
+    EXPECT_EQ(
+        eventErrors( "{ at: 1, join: 239.1.1.1, leave: 239.1.1.1 }" ),
+        ":3:38: error: leave: expected one action in an event, found join too\n"
+    );
+}
+
 TEST( EventReader, ErrorOfAnEventHidesNoneOfItsHosts ) {
     EXPECT_EQ(
         eventErrors( "{ at: soon, hosts: [ rx-1, tx ], joyn: 239.1.1.1 }" ),
-        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:11: error: at: expected a number of seconds, 0 or above, found 'soon'\n"
         ":3:32: error: hosts: expected the name of a host, found 'tx'; did you mean 'rx'?\n"
         ":3:38: error: unknown key 'joyn' in an event; did you mean 'join'?\n"
     );
@@ -114,7 +121,7 @@ TEST( EventReader, ErrorOfAnEventHidesNoneOfItsHosts ) {
 TEST( EventReader, ErrorOfAnEventMakesNoErrorOfAnother ) {
     EXPECT_EQ(
         eventErrors( "{ at: soon, add: { name: late } }\n  - { at: 5, hosts: late, disable: no }" ),
-        ":3:11: error: at: expected a number, found 'soon'\n"
+        ":3:11: error: at: expected a number of seconds, 0 or above, found 'soon'\n"
         ":4:36: error: disable: expected true or nothing, for hosts says which, found 'no'\n"
     );
     EXPECT_EQ(
@@ -157,7 +164,7 @@ TEST( EventReader, SettingsAreThoseOfHosts ) {
     EXPECT_EQ(
         eventErrors( "{ at: 1, set: { robustnes: 3, mtu: many } }" ),
         ":3:21: error: unknown key 'robustnes' in what a host is set to; did you mean 'robustness'?\n"
-        ":3:40: error: mtu: expected U32, a whole number from 0 to 4294967295, found 'many'\n"
+        ":3:40: error: mtu: expected a whole number from 0 to 4294967295, found 'many'\n"
     );
     EXPECT_EQ(
         eventErrors( "{ at: 1, set: {} }" ),

@@ -7,7 +7,7 @@ namespace Agent {
 
 /// The schema of what readHostNames() takes.
 inline constexpr char hostNamesSchema[] =
-    R"({"anyOf":[{"type":"string"},{"type":"array","items":{"type":"string"},"minItems":1}]})";
+    R"({"anyOf":[{"type":["string","integer"],"minLength":1},{"type":"array","items":{"type":["string","integer"],"minLength":1},"minItems":1}]})";
 
 /// Reads the names or patterns of hosts: a text or a list of such. An empty list is an error, for no name at
 /// all stands for every host.

@@ -48,14 +48,70 @@ oneOrMany( std::string const& map ) {
                                        { { "type", "array" }, { "items", { { "anyOf", one } } } } } ) } };
 }
 
+/// That a map has one of the keys; whether it may have more of them is for `word`, anyOf or oneOf, to say.
+void
+needOneOf( Json& schema, char const* word, std::vector<std::string> const& keys ) {
+    for ( std::string const& key : keys ) {
+        schema[word].push_back( { { "required", { key } } } );
+    }
+}
+
+/// A value, or one behind a sign of comparison.
+Json
+comparisonSchema( Kiv::Attribute const& attribute ) {
+    Json value = valueSchema( attribute );
+    std::string sign = "([=!]= *)?";
+    std::string form = ".*";
+    switch ( attribute.type->form ) {
+    case Kiv::ValueForm::unsignedInteger:
+        sign = "([=!<>]=|[<>])? *";
+        form = "[0-9]+";
+        break;
+    case Kiv::ValueForm::real:
+        sign = "([=!<>]=|[<>])? *";
+        form = "(-?[0-9.]+([eE][-+]?[0-9]+)?|-?inf)";
+        break;
+    case Kiv::ValueForm::boolean: form = "(true|false)"; break;
+    case Kiv::ValueForm::enumeration:
+        form.clear();
+        for ( std::string const& text : attribute.type->texts() ) {
+            form += ( form.empty() ? "(" : "|" ) + text;
+        }
+        form += ")";
+        break;
+    default: break;
+    }
+    value.erase( "default" );
+    value.erase( "description" );
+    Json const behindSign{ { "type", "string" }, { "pattern", "^" + sign + form + "$" } };
+    return { { "anyOf", Json::array( { value, behindSign } ) }, { "description", attribute.help } };
+}
+
 /// The attributes of a status are compared, so that more than a value may stand there.
 Json
 expectationSchema() {
     Json schema = mapSchema( expectationKeys() );
+    std::vector<std::string> conditions{ "querier", "bridge" };
     for ( Kiv::Attribute const* const attribute : statusAttributes() ) {
-        schema["properties"][attribute->name] = { { "type", { "string", "number", "boolean" } },
-                                                  { "description", attribute->help } };
+        schema["properties"][attribute->name] = comparisonSchema( *attribute );
+        conditions.emplace_back( attribute->name );
     }
+    needOneOf( schema, "anyOf", conditions );
+    schema["dependencies"] = { { "within", { "at" } } };
+    return schema;
+}
+
+Json
+membershipSchema( std::span<KeyRow const> keys ) {
+    Json schema = mapSchema( keys );
+    needOneOf( schema, "anyOf", { "joined", "notJoined", "groupCount" } );
+    return schema;
+}
+
+Json
+eventSchema() {
+    Json schema = mapSchema( eventKeys() );
+    needOneOf( schema, "oneOf", eventActionKeys() );
     return schema;
 }
 
@@ -75,12 +131,12 @@ scenarioSchema() {
                               { "groups", oneOrMany( "group" ) },
                               { "host", mapSchema( hostKeys(), settableHostAttributes() ) },
                               { "settings", mapSchema( {}, settableHostAttributes() ) },
-                              { "event", mapSchema( eventKeys() ) },
+                              { "event", eventSchema() },
                               { "zap", mapSchema( zapKeys() ) },
                               { "flap", mapSchema( flapKeys() ) },
                               { "expectation", expectationSchema() },
-                              { "querierCondition", mapSchema( querierConditionKeys() ) },
-                              { "bridgeCondition", mapSchema( bridgeConditionKeys() ) },
+                              { "querierCondition", membershipSchema( querierConditionKeys() ) },
+                              { "bridgeCondition", membershipSchema( bridgeConditionKeys() ) },
                               { "querier", mapSchema( querierKeys() ) } };
     return schema;
 }

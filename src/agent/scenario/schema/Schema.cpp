@@ -45,6 +45,9 @@ enumerationSchema( Kiv::ValueType const& type ) {
     Json texts = Json::array();
     for ( std::string const& text : type.texts() ) {
         texts.push_back( numberOrText( text ) );
+        if ( texts.back().is_number() ) { // in quotes it is the same
+            texts.push_back( text );
+        }
     }
     return { { "enum", texts } };
 }
@@ -58,7 +61,7 @@ textSchema( Kiv::ValueType const& type ) {
     if ( name == "Zornet::EthAddr" ) {
         return { { "type", "string" }, { "pattern", "^([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}$" } };
     }
-    return { { "type", "string" } };
+    return { { "type", { "string", "integer" } } }; // YAML takes digits for a number
 }
 
 Json

@@ -85,7 +85,11 @@ TEST_F( Schema, TakesWhatTheReaderTakes ) {
                                    "  - { at: 4, flap: { down: 1, up: 2 } }\n"
                                    "  - { at: 5, add: { name: b, ipAddr: 10.0.0.2 } }\n"
                                    "  - { at: 6, hosts: b, delete: true }\n"
-                                   "expect:\n  - { hosts: a, v2ReportsSent: '>= 2', igmpVersion: 2 }\n" },
+                                   "expect:\n  - { hosts: a, v2ReportsSent: '>= 2', igmpVersion: 2 }\n",
+          withHost( "intfId: 5, igmpVersion: '2', ns: 7" ),
+          withHost( "mtu: 900" ) + "\nexpect:\n  - { v2ReportsSent: '2', igmpVersion: '!= igmpVersion2' }\n"
+                                   "  - { unsolicitedReportInterval: '< inf' }\n"
+                                   "  - { at: 3, within: 1, bridge: { device: 0, groupCount: '> 2' } }\n" },
         true
     );
 }
@@ -118,7 +122,14 @@ TEST_F( Schema, RefusesWhatTheReaderRefuses ) {
           withHost( "mtu: 900" ) + "\ndefaults: { name: b }",
           withHost( "mtu: 900" ) + "\nevents: [ { at: -1, enable: true } ]",
           withHost( "mtu: 900" ) + "\nevents: [ { at: 1, sett: { mtu: 5 } } ]",
-          withHost( "mtu: 900" ) + "\nexpect: [ { v2ReportSent: 2 } ]" },
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, join: 239.1.1.1, leave: 239.1.1.2 } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, hosts: a } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { v2ReportSent: 2 } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { v2ReportsSent: '=> 2' } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { igmpVersion: '> 2' } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { at: 3 } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { within: 3, v2ReportsSent: 2 } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { bridge: { device: br0 } } ]" },
         false
     );
 }
