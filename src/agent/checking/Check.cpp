@@ -1,10 +1,14 @@
 #include "agent/checking/Check.h"
 
+#include <unistd.h>
+
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "agent/checking/ScenarioSummary.h"
+#include "agent/output/Grouped.h"
 #include "agent/scenario/CheckedScenario.h"
+#include "agent/scenario/WorkProgress.h"
 
 namespace Agent {
 
@@ -12,23 +16,17 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// "1 host", "2 hosts".
-std::string
-counted( U64 count, std::string const& noun ) {
-    return std::to_string( count ) + " " + noun + ( count == 1 ? "" : "s" );
-}
-
 std::string
 hostsText( ScenarioSummary const& summary, Shard const& shard ) {
-    std::string text = std::to_string( summary.hosts );
+    std::string text = grouped( summary.hosts );
     if ( shard.shards != 1 ) {
-        text += " of " + std::to_string( summary.allHosts ) + ", share " + std::to_string( shard.number ) +
-                "/" + std::to_string( shard.shards );
+        text += " of " + grouped( summary.allHosts ) + ", share " + std::to_string( shard.number ) + "/" +
+                std::to_string( shard.shards );
     }
     char const* separator = " (";
     for ( std::size_t version = 0; version < summary.hostsOfVersion.size(); ++version ) {
         if ( U64 const hosts = summary.hostsOfVersion.at( version ); hosts != 0 ) {
-            text += separator + std::to_string( hosts ) + " of version " + std::to_string( version );
+            text += separator + grouped( hosts ) + " of version " + std::to_string( version );
             separator = ", ";
         }
     }
@@ -39,7 +37,7 @@ std::string
 deviceText( DeviceSummary const& device ) {
     std::string text = counted( device.hosts, "host" );
     if ( std::string const vlans = device.vlanRanges(); !vlans.empty() ) {
-        text += device.untagged == 0 ? "" : ", " + std::to_string( device.untagged ) + " of them untagged";
+        text += device.untagged == 0 ? "" : ", " + grouped( device.untagged ) + " of them untagged";
         text += ", VLAN " + vlans;
     }
     return text;
@@ -54,10 +52,7 @@ line( std::ostream& out, char const* name, std::string const& text ) {
 void
 writeText( std::ostream& out, Scenario const& scenario, ScenarioSummary const& summary ) {
     line( out, "hosts", hostsText( summary, scenario.shard ) );
-    line(
-        out, "groups",
-        std::to_string( summary.groups ) + ", in " + counted( summary.memberships, "membership" )
-    );
+    line( out, "groups", grouped( summary.groups ) + ", in " + counted( summary.memberships, "membership" ) );
     for ( auto const& [device, hosts] : summary.devices ) {
         line(
             out, "device",
@@ -66,15 +61,15 @@ writeText( std::ostream& out, Scenario const& scenario, ScenarioSummary const& s
         );
     }
     if ( !scenario.events.empty() ) {
-        line( out, "events", std::to_string( scenario.events.size() ) );
+        line( out, "events", grouped( scenario.events.size() ) );
     }
     if ( !scenario.expectations.empty() ) {
-        line( out, "expectations", std::to_string( scenario.expectations.size() ) );
+        line( out, "expectations", grouped( scenario.expectations.size() ) );
     }
     if ( scenario.duration ) {
         line( out, "duration", Kiv::ValueTraits<double>::format( *scenario.duration ) + " s" );
     }
-    line( out, "first reports", std::to_string( summary.firstReports ) + " when the hosts start" );
+    line( out, "first reports", grouped( summary.firstReports ) + " when the hosts start" );
 }
 
 Json
@@ -143,13 +138,22 @@ tell( CheckedScenario const& checked ) {
     }
 }
 
+CheckedScenario
+checkedWithProgress( CheckOptions const& options ) {
+    std::optional<WorkProgress> progress;
+    if ( isatty( STDERR_FILENO ) == 1 ) {
+        progress.emplace( std::cerr );
+    }
+    return checkedScenario( options.scenarioFiles, [&options]( Scenario& scenario ) {
+        scenario.shard = options.shard.value_or( scenario.shard );
+    } );
+}
+
 } // namespace
 
 ExitStatus
 check( CheckOptions const& options ) {
-    CheckedScenario const checked = checkedScenario( options.scenarioFiles, [&options]( Scenario& scenario ) {
-        scenario.shard = options.shard.value_or( scenario.shard );
-    } );
+    CheckedScenario const checked = checkedWithProgress( options );
     if ( options.json ) {
         writeJson( std::cout, checked );
     } else {

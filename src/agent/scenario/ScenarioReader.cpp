@@ -5,6 +5,7 @@
 #include "agent/expecting/ExpectationReader.h"
 #include "agent/querying/QuerierReader.h"
 #include "agent/scenario/HostNames.h"
+#include "agent/scenario/WorkProgress.h"
 #include "agent/scenario/reading/HostReader.h"
 #include "agent/scenario/reading/SettingReader.h"
 #include "agent/scenario/reading/TextFile.h"
@@ -114,7 +115,9 @@ Reading::readText( std::string const& name, std::string const& text ) {
 
 void
 Reading::readHosts( ScenarioFile& file, YamlField const& field ) {
+    U64 done = 0;
     file.yaml.readList( field, [&]( YamlField const& host ) {
+        WorkProgress::tell( "entries of hosts read", done++, field.value.size() );
         scenario_.hosts.push_back( readHost( file, host ) );
     } );
 }

@@ -1,5 +1,6 @@
 #include "agent/scenario/Warnings.h"
 
+#include "agent/scenario/WorkProgress.h"
 #include "agent/scenario/warnings/EventAddresses.h"
 #include "agent/scenario/warnings/EventWarnings.h"
 #include "agent/scenario/warnings/GroupWarnings.h"
@@ -12,7 +13,9 @@ Diagnostics
 scenarioWarnings( Scenario const& scenario ) {
     Diagnostics warnings;
     LinkWarnings link( scenario, warnings );
+    U64 done = 0;
     for ( HostSpec const& host : scenario.hosts ) {
+        WorkProgress::tell( "entries of hosts looked at", done++, scenario.hosts.size() );
         if ( host.faulty ) {
             continue;
         }

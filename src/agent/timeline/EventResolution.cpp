@@ -2,6 +2,7 @@
 #include <limits>
 #include <unordered_map>
 
+#include "agent/scenario/WorkProgress.h"
 #include "agent/scenario/reading/HostReader.h"
 #include "agent/timeline/EventReader.h"
 
@@ -90,7 +91,9 @@ resolveEvents( Scenario& scenario, Diagnostics& errors ) {
         return;
     }
     HostFinder finder( scenario );
+    U64 done = 0;
     for ( Event& event : scenario.events ) {
+        WorkProgress::tell( "events whose hosts are found", done++, scenario.events.size() );
         resolve( event, finder, errors );
     }
     Soonest soonest( scenario );

@@ -78,6 +78,32 @@ TEST( CheckGrowth, EntriesAndPatternsGrowTogether ) {
     EXPECT_LT( leastSecondsToCheck( manyPatterns( 2000 ) ), 24 * leastSecondsToCheck( manyPatterns( 250 ) ) );
 }
 
+/// A scenario whose entry stands for that many hosts of as many groups as that, the VLANs with them.
+std::string
+oneEntry( int hosts, int groups ) {
+    return "hosts: [ { name: rx, count: " + std::to_string( hosts ) +
+           ", ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', deviceName: eth0, groups: { multicastAddr: "
+           "239.0.0.1, count: " +
+           std::to_string( groups ) + " } } ]\nevents: [ { at: 1, hosts: 'rx-*', leave: all } ]\n";
+}
+
+/// What takes no time at all may take a little more at times.
+constexpr double noise = 0.01;
+
+TEST( CheckGrowth, TheNumberOfHostsOfAnEntryTakesInProportionAtMost ) {
+    EXPECT_LT(
+        leastSecondsToCheck( oneEntry( 200'000, 2 ) ),
+        6 * leastSecondsToCheck( oneEntry( 50'000, 2 ) ) + noise
+    );
+}
+
+TEST( CheckGrowth, TheNumberOfGroupsOfAHostTakesInProportionAtMost ) {
+    EXPECT_LT(
+        leastSecondsToCheck( oneEntry( 2, 1'000'000 ) ),
+        6 * leastSecondsToCheck( oneEntry( 2, 250'000 ) ) + noise
+    );
+}
+
 } // namespace
 
 } // namespace Agent

@@ -4,6 +4,8 @@
 #include <set>
 #include <tuple>
 
+#include "agent/scenario/WorkProgress.h"
+
 namespace Agent {
 
 namespace {
@@ -114,7 +116,9 @@ EventWarnings::check() {
         return a->time < b->time;
     } );
     noteJoins( events );
+    U64 done = 0;
     for ( Event const* const event : events ) {
+        WorkProgress::tell( "events looked at", done++, events.size() );
         checkHosts( *event );
         checkLeave( *event );
         if ( stepsLeft_ == 0 ) {
