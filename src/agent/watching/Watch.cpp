@@ -5,16 +5,18 @@
 #include <nlohmann/json.hpp>
 
 #include "agent/devices/DeviceFacts.h"
+#include "agent/output/Grouped.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/SignalWatch.h"
 #include "agent/watching/LiveCapture.h"
 #include "agent/watching/SeenMessage.h"
+#include "platform/zornet/device/LinkMonitor.h"
 
 namespace Agent {
 
 namespace {
 
-class Watcher {
+class Watcher : private Zornet::LinkHandler {
   public:
     explicit Watcher( WatchOptions const& options ) : options_( options ) {}
 
@@ -23,12 +25,14 @@ class Watcher {
   private:
     void handleFrame( Kiv::Seconds time, std::span<Zornet::U8 const> frame );
     void handleEnded( std::string const& why );
+    void handleLink( Zornet::LinkState const& state ) override;
     bool isComplete() const { return options_.count && seen_ >= *options_.count; }
 
     WatchOptions const& options_;
     Kiv::ActivitySm& activity_ = Kiv::defaultActivity()->activitySm();
     SignalWatch const signals_{ { SIGINT, SIGTERM }, [this]( int ) { activity_.stop(); } };
     Zornet::U64 seen_ = 0;
+    bool isUp_ = true;
     ExitStatus status_ = exitDone;
 };
 
@@ -39,11 +43,17 @@ Watcher::run() {
         [this]( Kiv::Seconds time, std::span<Zornet::U8 const> frame ) { handleFrame( time, frame ); },
         [this]( std::string const& why ) { handleEnded( why ); }
     );
+    Kiv::Ptr<Zornet::LinkMonitor> const monitor(
+        new Zornet::LinkMonitor( options_.ns, Kiv::defaultActivity() )
+    );
+    Kiv::String8 const link( options_.device );
+    handleLink( monitor->watchIs( link, this ) );
     keepCapabilities( {} ); // a device that has been opened is not opened again
     std::cerr << "igmphost: watching " << options_.device << ( options_.duration ? "" : " until Ctrl-C" )
               << std::endl;
     activity_.runFor( options_.duration.value_or( Kiv::never ) );
-    std::cerr << "igmphost: " << seen_ << ( seen_ == 1 ? " message" : " messages" );
+    monitor->watchDel( link );
+    std::cerr << "igmphost: " << counted( seen_, "message" );
     if ( Zornet::U64 const lost = capture.lost() ) {
         std::cerr << "; " << lost << " lost, which came too fast";
     }
@@ -73,6 +83,16 @@ Watcher::handleEnded( std::string const& why ) {
     std::cerr << "igmphost: error: " << options_.device << ": " << why << std::endl;
     status_ = exitFailed;
     activity_.stop();
+}
+
+/// Of a device that is gone the capture tells.
+void
+Watcher::handleLink( Zornet::LinkState const& state ) {
+    if ( state.index != 0 && state.up != isUp_ ) {
+        isUp_ = state.up;
+        std::cerr << "igmphost: " << options_.device
+                  << ( isUp_ ? ": up again" : ": down; it is watched on when it comes up" ) << std::endl;
+    }
 }
 
 } // namespace

@@ -55,6 +55,41 @@ TEST_F( Watch, DeviceThatGoesEndsIt ) {
     EXPECT_THAT( watch.written( AgentProcess::errors ), HasSubstr( "igmphost: error: far0: " ) );
 }
 
+TEST_F( Watch, DeviceThatGoesDownIsToldAndWatchedOn ) {
+    AgentProcess watch( atFarEnd( { "watch" } ) );
+    ASSERT_TRUE( hasBegun( watch ) );
+    far_->ip( "link set far0 down" );
+    ASSERT_TRUE(
+        watch.waitFor( AgentProcess::errors, "igmphost: far0: down; it is watched on when it comes up\n" )
+    );
+    far_->ip( "link set far0 up" );
+    ASSERT_TRUE( watch.waitFor( AgentProcess::errors, "igmphost: far0: up again\n" ) );
+    AgentProcess hosts( { "run", scenario() } );
+    EXPECT_TRUE( watch.waitFor( AgentProcess::output, " v2 report 239.1.1.1\n" ) );
+    watch.signal( SIGINT );
+    EXPECT_EQ( watch.exitStatus(), 0 );
+}
+
+/// A reader of what it tells would wait for messages that have been seen.
+TEST_F( Watch, StandardOutputThatCannotBeWrittenIsAFailure ) {
+    std::vector<std::string> const toFull{ "sh", "-c", "exec \"$@\" >/dev/full", "sh" };
+    AgentProcess watch( atFarEnd( { "watch", "--count", "1" } ), toFull );
+    ASSERT_TRUE( hasBegun( watch ) );
+    AgentProcess hosts( { "run", scenario(), "--control", folder_.file( "socket" ) } );
+    ASSERT_TRUE( hasBegun( hosts ) );
+    AgentProcess query( atFarEnd( { "query", "--once", "--response-time", "0.1" } ), toFull );
+    AgentProcess shown( { "ctl", folder_.file( "socket" ), "show", "rx-1" }, toFull );
+    for ( AgentProcess* const agent : { &watch, &query, &shown } ) {
+        EXPECT_EQ( agent->exitStatus(), 1 );
+        EXPECT_THAT(
+            agent->written( AgentProcess::errors ),
+            ::testing::EndsWith(
+                "igmphost: error: cannot write the standard output: No space left on device\n"
+            )
+        );
+    }
+}
+
 TEST_F( Watch, MissingDeviceIsNamed ) {
     AgentProcess watch( { "watch", "far9", "--ns", far_->name() } );
     EXPECT_EQ( watch.exitStatus(), 1 );
