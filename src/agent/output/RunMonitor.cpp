@@ -27,10 +27,12 @@ RunMonitor::look() {
         DeviceTraffic const& before = last_[label];
         RunView::Device const device{ traffic, rate( traffic.received, before.received, span ),
                                       rate( traffic.sent, before.sent, span ) };
-        view.all.traffic += traffic;
-        view.all.receivedPerSecond += device.receivedPerSecond;
-        view.all.sentPerSecond += device.sentPerSecond;
         view.devices[label] = device;
+        if ( !context_.farEnds.contains( label ) ) {
+            view.all.traffic += traffic;
+            view.all.receivedPerSecond += device.receivedPerSecond;
+            view.all.sentPerSecond += device.sentPerSecond;
+        }
     }
     view.next = context_.nextEvent ? context_.nextEvent() : std::nullopt;
     last_ = now;

@@ -21,10 +21,10 @@ struct RunView {
     StatusLedger::Account account{};
     std::size_t timersArmed = 0;
     std::map<std::string, Device> devices{}; ///< by deviceLabel()
-    Device all{};
+    Device all{};                            ///< those together that hosts sit on
     std::optional<NextEvent> next{};
 
-    /// Frames that were lost on any device, in either direction.
+    /// Frames that were lost on the hosts' devices, in either direction.
     U64 losses() const { return all.traffic.receiveLosses + all.traffic.sendLosses; }
 };
 

@@ -53,12 +53,11 @@ printRow( std::ostream& out, std::string const& name, U64 value ) {
 std::string
 statusText( RunView const& view ) {
     std::ostringstream text;
-    text << std::fixed << std::setprecision( 0 ) << view.elapsed << " s: " << grouped( view.hosts )
-         << ( view.hosts == 1 ? " host (" : " hosts (" ) << byVersion( view.account ) << "), "
-         << grouped( view.account.groups ) << " groups, " << grouped( view.timersArmed ) << " timers; sent "
-         << grouped( view.all.traffic.sent ) << " (" << perSecond( view.all.sentPerSecond ) << "), received "
-         << grouped( view.all.traffic.received ) << " (" << perSecond( view.all.receivedPerSecond )
-         << "), lost " << grouped( view.losses() );
+    text << std::fixed << std::setprecision( 0 ) << view.elapsed << " s: " << counted( view.hosts, "host" )
+         << " (" << byVersion( view.account ) << "), " << counted( view.account.groups, "group" ) << ", "
+         << counted( view.timersArmed, "timer" ) << "; sent " << grouped( view.all.traffic.sent ) << " ("
+         << perSecond( view.all.sentPerSecond ) << "), received " << grouped( view.all.traffic.received )
+         << " (" << perSecond( view.all.receivedPerSecond ) << "), lost " << grouped( view.losses() );
     return text.str();
 }
 

@@ -4,6 +4,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "agent/output/Grouped.h"
 #include "agent/querying/Membership.h"
 
 namespace Agent {
@@ -94,12 +95,13 @@ printQuerier( std::ostream& out, Lab::Querier const& querier ) {
         out << groupLine( *querier.group( group ) ) << '\n';
     }
     Lab::QuerierCounters const& counters = querier.counters();
-    out << querier.groupCount() << ( querier.groupCount() == 1 ? " group" : " groups" ) << "; asked "
-        << counters.generalQueriesSent + counters.groupQueriesSent + counters.groupSourceQueriesSent
-        << " times, heard " << counters.v1Reports + counters.v2Reports + counters.v3Reports << " reports and "
-        << counters.v2Leaves << " leaves";
+    Kiv::U64 const asked =
+        counters.generalQueriesSent + counters.groupQueriesSent + counters.groupSourceQueriesSent;
+    out << counted( querier.groupCount(), "group" ) << "; asked " << counted( asked, "time" ) << ", heard "
+        << counted( counters.v1Reports + counters.v2Reports + counters.v3Reports, "report" ) << " and "
+        << counted( counters.v2Leaves, "leave" );
     if ( counters.malformed() != 0 ) {
-        out << ", " << counters.malformed() << " malformed";
+        out << ", " << grouped( counters.malformed() ) << " malformed";
     }
     out << std::endl;
 }

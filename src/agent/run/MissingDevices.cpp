@@ -4,7 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <set>
+#include <map>
 
 #include "platform/zornet/device/NamespaceEntry.h"
 
@@ -45,17 +45,24 @@ missingOf( Place const& place ) {
 
 std::vector<std::string>
 missingDevices( Scenario const& scenario ) {
-    std::set<Place> places;
+    using Places = std::map<Place, std::string>; // with who needs it
+    Places atStart;
+    Places later;
     scenario.forEachEntry( [&]( HostSpec const& spec, U32, U32 ) {
-        if ( !spec.later ) {
-            places.insert( placeOf( spec ) );
-        }
+        ( spec.later ? later : atStart )
+            .emplace( placeOf( spec ), spec.later ? " for hosts added later" : "" );
     } );
+    if ( scenario.querier ) {
+        Place const place{ scenario.querier->ns.name().charPtr(),
+                           std::string( scenario.querier->device.view() ) };
+        atStart.emplace( place, " for the querier" );
+    }
+    atStart.merge( later );
     std::vector<std::string> missing;
-    for ( Place const& place : places ) {
+    for ( auto const& [place, who] : atStart ) {
         std::string const one = place.device.empty() ? "" : missingOf( place );
-        if ( !one.empty() && std::find( missing.begin(), missing.end(), one ) == missing.end() ) {
-            missing.push_back( one );
+        if ( !one.empty() && std::find( missing.begin(), missing.end(), one + who ) == missing.end() ) {
+            missing.push_back( one + who );
         }
     }
     return missing;

@@ -8,11 +8,13 @@
 #include "agent/control/ControlPart.h"
 #include "agent/expecting/Expectations.h"
 #include "agent/metrics/MetricsServer.h"
+#include "agent/output/Grouped.h"
 #include "agent/output/StatusFile.h"
 #include "agent/output/StatusLines.h"
 #include "agent/querying/ScenarioQuerier.h"
 #include "agent/run/Leaving.h"
 #include "agent/run/MissingDevices.h"
+#include "agent/run/OutputPlaces.h"
 #include "agent/run/Privileges.h"
 #include "agent/run/PromptEnd.h"
 #include "agent/run/SignalWatch.h"
@@ -124,18 +126,20 @@ class Runner {
     TraceConsole console_;
     SignalWatch signals_;
     PromptEnd promptEnd_{ endingSignals() };
+    Traffic traffic_; // before the simulation, whose queriers ask as soon as they are there
     std::unique_ptr<Simulation> const simulation_;
     Kiv::Ptr<Lumo::TimerWheel> const wheel_;
-    Traffic traffic_;
     Emulation emulation_{ wheel_ };
     StatusLedger ledger_{ emulation_ };
     RunContext context_;
     RunParts parts_ = makeRunParts( context_ );
-    StartUp startUp_{ context_.scenario, emulation_, [this]( StartUpProgress const& progress ) {
-                         for ( auto const& part : parts_ ) {
-                             part->handleProgress( progress );
-                         }
-                     } };
+    StartUp startUp_{ context_.scenario, emulation_,
+                      [this]( StartUpProgress const& progress ) {
+                          for ( auto const& part : parts_ ) {
+                              part->handleProgress( progress );
+                          }
+                      },
+                      [this] { signals_.look(); } };
 };
 
 /// The earliest that any part plans.
@@ -209,8 +213,7 @@ Runner::leave() {
 
 void
 Runner::tellBegin() const {
-    U64 const hosts = context_.scenario.hostCount();
-    std::cerr << "igmphost: " << hosts << ( hosts == 1 ? " host" : " hosts" );
+    std::cerr << "igmphost: " << counted( context_.scenario.hostCount(), "host" );
     if ( context_.scenario.duration ) {
         std::cerr << " for " << *context_.scenario.duration << " s" << std::endl;
     } else if ( Expectations::decideTheEnd( context_.scenario ) ) {
@@ -224,9 +227,14 @@ void
 Runner::tellEnd() {
     ledger_.balance();
     StatusLedger::Account const total = ledger_.total();
+    U64 const made = total.messagesSent();
+    U64 const lost = std::min( context_.hostsTraffic().sendLosses, made );
     std::cerr << "igmphost: ended after " << std::fixed << std::setprecision( 1 )
-              << Kiv::now() - context_.started << " s; sent " << total.messagesSent() << " messages, heard "
-              << total.queriesHeard() << " queries" << std::endl;
+              << Kiv::now() - context_.started << " s; sent " << counted( made - lost, "message" );
+    if ( lost != 0 ) {
+        std::cerr << ", lost " << lost;
+    }
+    std::cerr << ", heard " << counted( total.queriesHeard(), "query", "queries" ) << std::endl;
 }
 
 /// What the command line says goes before what the files say.
@@ -274,6 +282,10 @@ checkSimulation( Scenario const& scenario ) {
 ExitStatus
 run( RunOptions const& options ) {
     Messages messages( options.logFormat, options.quiet );
+    if ( std::string const clash = outputClash( options ); !clash.empty() ) {
+        std::cerr << "igmphost: error: " << clash << std::endl;
+        return exitWrongUsage;
+    }
     auto const adjust = [&options]( Scenario& scenario ) { applyOptions( options, scenario ); };
     CheckedScenario checked;
     adjust( checked.scenario ); // without files the hosts come through the control socket

@@ -11,6 +11,9 @@
 
 namespace Agent {
 
+/// What every capture file begins with, before its first frame.
+inline constexpr U64 captureHeaderBytes = 24;
+
 struct RunOptions {
     std::vector<std::string> scenarioFiles;
     // Where these are set, they go before what the scenario says.

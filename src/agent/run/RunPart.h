@@ -31,6 +31,9 @@ struct RunContext {
     Kiv::Seconds started = 0.0;                  ///< when the hosts were started, on the clock of Kiv::now()
     std::vector<Lab::Querier const*> queriers{}; ///< that run beside the hosts
     std::set<std::string> farEnds{};             ///< their devices, by deviceLabel(), that no host sits on
+
+    /// What the devices that hosts sit on have carried.
+    DeviceTraffic hostsTraffic() const;
 };
 
 /// Something that accompanies the hosts of a run, such as the file that their status goes to. It is made, in

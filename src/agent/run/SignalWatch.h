@@ -18,6 +18,9 @@ class SignalWatch : private Kiv::IoHandler {
     SignalWatch( SignalWatch const& ) = delete;
     SignalWatch& operator=( SignalWatch const& ) = delete;
 
+    /// Takes those that wait, outside of any turn.
+    void look() { handleIo( 0 ); }
+
   private:
     void handleIo( Kiv::U32 events ) override;
 

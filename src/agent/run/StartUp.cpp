@@ -7,8 +7,13 @@
 
 namespace Agent {
 
-StartUp::StartUp( Scenario const& scenario, Emulation& emulation, Tell tell )
-    : scenario_( scenario ), hostDir_( emulation.hostDir() ), tell_( std::move( tell ) ) {
+StartUp::StartUp(
+    Scenario const& scenario, Emulation& emulation, Tell tell, std::function<void()> lookAtSignals
+)
+    : scenario_( scenario ),
+      hostDir_( emulation.hostDir() ),
+      tell_( std::move( tell ) ),
+      lookAtSignals_( std::move( lookAtSignals ) ) {
     scenario.forEachEntry( [this]( HostSpec const& spec, U32, U32 taken ) {
         if ( !spec.later ) {
             progress_.allHosts += taken;
@@ -38,9 +43,13 @@ StartUp::goOn( DonePart part ) {
     bool const isHost = part == DonePart::host;
     ++( isHost ? progress_.hosts : progress_.groups );
     work_ += isHost ? workOfHost : 1;
-    if ( work_ >= workPerTurn && !Kiv::clock().isSimulated() ) {
+    if ( work_ >= workPerTurn ) {
         work_ = 0;
-        Kiv::defaultActivity()->activitySm().runOnce();
+        if ( Kiv::clock().isSimulated() ) {
+            lookAtSignals_();
+        } else {
+            Kiv::defaultActivity()->activitySm().runOnce();
+        }
         tell();
     }
     return !stopped_;

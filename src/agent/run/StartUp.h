@@ -10,13 +10,16 @@ namespace Agent {
 
 /// Brings the hosts of a scenario up. Where there are many, or one has many groups, it takes a turn of the
 /// default activity now and then, so that whoever asks meanwhile is answered and whoever wants it to end is
-/// heard, and says how far it has come. In simulated time, which nobody waits for, it takes none.
+/// heard, and says how far it has come. In simulated time a turn would move the clock: only whoever wants it
+/// to end is heard there.
 class StartUp {
   public:
     using Tell = std::function<void( StartUpProgress const& )>;
 
-    /// `tell` is called once a second.
-    StartUp( Scenario const& scenario, Emulation& emulation, Tell tell );
+    /// `tell` is called once a second. `lookAtSignals` takes the place of a turn in simulated time.
+    StartUp(
+        Scenario const& scenario, Emulation& emulation, Tell tell, std::function<void()> lookAtSignals = [] {}
+    );
 
     /// Makes the hosts.
     void load();
@@ -33,6 +36,7 @@ class StartUp {
     Scenario const& scenario_;
     Igmp::IgmpHostDir& hostDir_;
     Tell const tell_;
+    std::function<void()> const lookAtSignals_;
     StartUpProgress progress_;
     U64 work_ = 0; ///< since the last turn
     std::chrono::steady_clock::time_point told_ = std::chrono::steady_clock::now();

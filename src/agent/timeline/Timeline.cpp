@@ -2,6 +2,8 @@
 
 #include <iostream>
 
+#include "agent/output/Grouped.h"
+
 namespace Agent {
 
 namespace {
@@ -49,10 +51,9 @@ Timeline::nextEvent() const {
     if ( !due ) {
         return {};
     }
-    U64 const hosts = due->event->selection.count();
     return NextEvent{ due->time, std::string( actionName( due->event->action ) ) + ", line " +
-                                     std::to_string( due->event->at.line ) + ", " + std::to_string( hosts ) +
-                                     ( hosts == 1 ? " host" : " hosts" ) };
+                                     std::to_string( due->event->at.line ) + ", " +
+                                     counted( due->event->selection.count(), "host" ) };
 }
 
 void

@@ -1,5 +1,6 @@
 #include "agent/traffic/CaptureFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -21,7 +22,6 @@ namespace Agent {
 namespace {
 
 constexpr int longestFrame = 65535;
-constexpr U64 fileHeaderBytes = 24;
 constexpr U64 recordHeaderBytes = 16;
 
 /// With nanoseconds, as the file's header says, in place of microseconds.
@@ -55,10 +55,10 @@ wholeRecords( std::string const& file, U64 from ) {
 
 pcap_dumper_t*
 dumperTo( std::string const& path, pcap_t* capture ) {
-    if ( path == "-" ) {
-        return pcap_dump_open( capture, "-" );
-    }
-    Zornet::FileDescriptor file = outputFile( path );
+    // The standard output stays open for others when the capture ends.
+    Zornet::FileDescriptor file = path == "-"
+                                      ? Zornet::FileDescriptor( fcntl( STDOUT_FILENO, F_DUPFD_CLOEXEC, 0 ) )
+                                      : outputFile( path );
     std::FILE* const stream = file ? fdopen( file.get(), "wb" ) : nullptr;
     if ( !stream ) {
         throwCannotWrite( path, errno );
@@ -79,7 +79,7 @@ CaptureFile::CaptureFile( RunContext const& context )
     if ( !dumper_ ) {
         throw std::runtime_error( std::string( "cannot write " ) + pcap_geterr( handle_.get() ) );
     }
-    bytes_ = fileHeaderBytes;
+    bytes_ = captureHeaderBytes;
     context_.traffic.listenerIs( this );
     flush();
 }

@@ -34,15 +34,6 @@ Traffic::devices() const {
     return devices;
 }
 
-DeviceTraffic
-Traffic::total() const {
-    DeviceTraffic total;
-    for ( auto const& [device, traffic] : devices_ ) {
-        total += traffic;
-    }
-    return total;
-}
-
 void
 Traffic::handleReceived( Device const& device, std::span<U8 const> frame ) {
     ++devices_[&device].received;

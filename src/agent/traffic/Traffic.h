@@ -43,7 +43,6 @@ class Traffic : private Zornet::FrameTap {
 
     /// By deviceLabel(). A device is there once it has carried or lost something.
     std::map<std::string, DeviceTraffic> devices() const;
-    DeviceTraffic total() const;
 
   private:
     void handleReceived( Zornet::Device const& device, std::span<Zornet::U8 const> frame ) override;

@@ -23,8 +23,10 @@ import json, re, sys, urllib.request
 from prometheus_client.parser import text_string_to_metric_families as parse
 text = urllib.request.urlopen( sys.argv[1], timeout=20 ).read().decode()
 families = {}
+ofServer = set()
 for family in parse( text ):
     if family.name.startswith( 'exposer_' ):
+        ofServer.add( family.name )
         continue
     assert re.fullmatch( 'igmphost_[a-z0-9_]+', family.name ), family.name
     assert family.documentation, family.name
@@ -34,6 +36,7 @@ for family in parse( text ):
         assert ( family.type == 'counter' ) == sample.name.endswith( '_total' ), sample.name
     families[family.samples[0].name if family.samples else family.name] = {
         'type': family.type, 'samples': [[sample.labels, sample.value] for sample in family.samples]}
+assert ofServer == { 'exposer_transferred_bytes', 'exposer_scrapes', 'exposer_request_latencies' }, ofServer
 print( json.dumps( families ) )
 )";
 

@@ -78,7 +78,7 @@ TEST_F( StatusLinesTest, LineForPersonsComesEveryTenSeconds ) {
     runFor( 9.9 );
     EXPECT_EQ( out_.str(), "" );
     runFor( 10.2 );
-    EXPECT_THAT( out_.str(), HasSubstr( "igmphost: 10 s: 1 host (v2 1), 1 groups, " ) );
+    EXPECT_THAT( out_.str(), HasSubstr( "igmphost: 10 s: 1 host (v2 1), 1 group, " ) );
     EXPECT_THAT( out_.str(), HasSubstr( "igmphost: 20 s: 1 host" ) );
 }
 

@@ -166,6 +166,33 @@ TEST_F( Run, MissingNamespaceKeepsItFromBeginning ) {
     );
 }
 
+TEST_F( Run, MissingDeviceOfTheQuerierOrOfLaterHostsKeepsItFromBeginning ) {
+    cableIs();
+    std::string const more = folder_.fileWith(
+        "more.yaml", "querier: { device: far9 }\n"
+                     "events:\n"
+                     "  - { at: 9999, add: { name: late, deviceName: near9 } }\n"
+                     "  - { at: 9999, add: { name: here, deviceName: lo } }\n"
+    );
+    AgentProcess agent( { "run", scenario(), more, "--quiet" } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        EndsWith( "igmphost: error: there is no device far9 for the querier; --wait-for-device waits for it\n"
+                  "igmphost: error: there is no device near9 for hosts added later; --wait-for-device waits "
+                  "for it\n" )
+    );
+}
+
+TEST_F( Run, WhatIsLostIsNotToldAsSent ) {
+    AgentProcess agent( { "run", scenario( "    igmpVersion: 2\n" ), "--wait-for-device", "--duration",
+                          "0.02" } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ), HasSubstr( " s; sent 0 messages, lost 33, heard 0 queries\n" )
+    );
+}
+
 TEST_F( Run, TwoSharesDoTogetherWhatOneDoes ) {
     cableIs();
     std::string const path = scenario();

@@ -1,5 +1,6 @@
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
@@ -114,7 +115,29 @@ TEST_F( Simulate, OptionsGoBeforeWhatTheScenarioSays ) {
 /// What a host counts does not depend on who else is in its process, as long as no leave makes the querier
 /// ask for a group that another host is in too. What is drawn does: so changes keep away from queries, at 75,
 /// 135 and so on, whose answers could make up for their reports.
-TEST_F( Simulate, ShardsTogetherDoWhatOneProcessDoes ) {
+class SimulatedShards : public Simulate {
+  protected:
+    static void
+    expectTogetherTheSame( std::string const& path, std::string const& duration, std::size_t hosts ) {
+        auto const hostsOf = [&]( std::vector<std::string> const& shard ) {
+            std::vector<std::string> arguments{ "run",    "--simulate", path, "--duration",
+                                                duration, "--status",   "-" };
+            arguments.insert( arguments.end(), shard.begin(), shard.end() );
+            AgentProcess agent( arguments );
+            EXPECT_EQ( agent.exitStatus(), 0 ) << agent.written( AgentProcess::errors );
+            return nlohmann::json::parse( agent.written( AgentProcess::output ) )["hosts"];
+        };
+        nlohmann::json const whole = hostsOf( {} );
+        EXPECT_EQ( whole.size(), hosts );
+        nlohmann::json together = hostsOf( { "--shard", "1/2" } );
+        nlohmann::json const other = hostsOf( { "--shard", "2/2" } );
+        EXPECT_EQ( together.size() + other.size(), whole.size() );
+        together.insert( other.begin(), other.end() );
+        EXPECT_TRUE( whole == together ) << nlohmann::json::diff( whole, together ).dump().substr( 0, 1000 );
+    }
+};
+
+TEST_F( SimulatedShards, TogetherDoWhatOneProcessDoes ) {
     std::string const path =
         scenario( "  - { name: old, count: 5, igmpVersion: 2, deviceName: eth1, ipAddr: 10.0.2.1,\n"
                   "      macAddr: 02:00:00:00:02:01 }\n"
@@ -125,20 +148,19 @@ TEST_F( Simulate, ShardsTogetherDoWhatOneProcessDoes ) {
                   "  - { at: 112, add: { name: late, count: 3, ipAddr: 10.0.3.1, deviceName: eth1 } }\n"
                   "  - { at: 115, hosts: [ late, 'rx*' ], rate: 2/s, join: 239.6.6.6 }\n"
                   "  - { at: 150, every: 120, jitter: 9, hosts: 'old*', join: 239.5.0.0/29 }\n" );
-    auto const hostsOf = [&path]( std::vector<std::string> const& shard ) {
-        std::vector<std::string> arguments{ "run", "--simulate", path, "--duration", "600", "--status", "-" };
-        arguments.insert( arguments.end(), shard.begin(), shard.end() );
-        AgentProcess agent( arguments );
-        EXPECT_EQ( agent.exitStatus(), 0 ) << agent.written( AgentProcess::errors );
-        return nlohmann::json::parse( agent.written( AgentProcess::output ) )["hosts"];
-    };
-    nlohmann::json const whole = hostsOf( {} );
-    EXPECT_EQ( whole.size(), 13U );
-    nlohmann::json together = hostsOf( { "--shard", "1/2" } );
-    nlohmann::json const other = hostsOf( { "--shard", "2/2" } );
-    EXPECT_EQ( together.size() + other.size(), whole.size() );
-    together.insert( other.begin(), other.end() );
-    EXPECT_EQ( nlohmann::json::diff( whole, together ).dump(), "[]" );
+    expectTogetherTheSame( path, "600", 13 );
+}
+
+/// In one group, over the first two queries, at 0 and 31.25, each of which every host answers. Every night
+/// they are a hundred thousand.
+TEST_F( SimulatedShards, OfAGreatManyHostsDoTogetherWhatOneProcessDoes ) {
+    char const* const set = std::getenv( "IGMPHOST_SHARD_HOSTS" );
+    std::size_t const hosts = set ? std::stoul( set ) : 10'000;
+    std::string const path = folder_.fileWith(
+        "many.yaml", "hosts: [ { name: rx, count: " + std::to_string( hosts ) +
+                         ", ipAddr: 10.0.0.1, deviceName: eth0, igmpVersion: 2, groups: 239.1.1.1 } ]\n"
+    );
+    expectTogetherTheSame( path, "50", hosts );
 }
 
 /// The time that each takes stays the same; where it grew with their number, this would take hours.
@@ -151,6 +173,42 @@ TEST_F( Simulate, ManyHostsAreNoTrouble ) {
                           ) } );
     EXPECT_EQ( agent.exitStatus(), 0 );
     EXPECT_EQ( nlohmann::json::parse( agent.written( AgentProcess::output ) )["hosts"].size(), 10000U );
+}
+
+/// To bring all of them up would take minutes.
+TEST_F( Simulate, SignalDuringTheStartEndsIt ) {
+    AgentProcess agent( { "run", "--simulate", "--duration", "100",
+                          folder_.fileWith(
+                              "many.yaml",
+                              "hosts: [ { name: rx, count: 1000, ipAddr: 10.0.0.1, deviceName: eth0,\n"
+                              "           igmpVersion: 2, groups: 239.0.0.0/18 } ]\n"
+                          ) } );
+    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, " of 1,000 hosts made, " ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: ended after 0.0 s; sent 0 " ) );
+}
+
+/// Of the frames of a simulated cable its one end is the hosts'.
+TEST_F( Simulate, TotalsAreThoseOfTheHostsEnd ) {
+    std::string const path = folder_.fileWith(
+        "s.yaml",
+        "hosts: [ { name: rx, count: 3, ipAddr: 10.0.0.1, macAddr: 02:00:00:00:00:01, deviceName: eth0,\n"
+        "           igmpVersion: 2, groups: 239.1.1.1 } ]\n"
+    );
+    AgentProcess agent( { "run", "--simulate", path, "--duration", "1000", "--status-interval", "1000" } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    nlohmann::json const status = nlohmann::json::parse( agent.written( AgentProcess::output ) );
+    nlohmann::json const& near = status["devices"]["eth0"];
+    nlohmann::json const& far = status["devices"]["eth0, far end"];
+    EXPECT_GT( near["framesReceived"], 3 );
+    EXPECT_EQ( near["framesReceived"], far["framesSent"] ); // the first query too
+    EXPECT_EQ( near["framesSent"], far["framesReceived"] );
+    AgentProcess told( { "run", "--simulate", path, "--duration", "10" } );
+    EXPECT_EQ( told.exitStatus(), 0 );
+    EXPECT_THAT(
+        told.written( AgentProcess::errors ), ::testing::ContainsRegex( "10 s: .* sent [3-9] .*received 1 " )
+    );
 }
 
 TEST_F( Simulate, NeedsAnEnd ) {

@@ -89,6 +89,20 @@ TEST_F( StartUpTest, TakesNoTurnInSimulatedTime ) {
     EXPECT_EQ( enabled(), 1000U );
 }
 
+TEST_F( StartUpTest, LooksAtSignalsInSimulatedTime ) {
+    Kiv::SimulatedClock clock;
+    Kiv::ClockScope const scope( clock );
+    int looks = 0;
+    StartUp startUp(
+        scenario_, emulation_, []( StartUpProgress const& ) {}, [&] { looks += 1; }
+    );
+    startUp.load();
+    EXPECT_EQ( looks, 10 );
+    startUp.start();
+    EXPECT_EQ( looks, 20 );
+    EXPECT_EQ( Kiv::now(), Kiv::SimulatedClock().now() );
+}
+
 } // namespace
 
 } // namespace Agent

@@ -90,6 +90,14 @@ TEST_F( CaptureFile, LimitEndsTheCaptureAndNotTheHosts ) {
     EXPECT_THAT( dissected(), SizeIs( 2 ) );
 }
 
+TEST_F( CaptureFile, EndOfACaptureLeavesTheStandardOutputOpen ) {
+    AgentProcess hosts( { "run", scenario(), "--pcap", "-", "--pcap-limit", "200" } );
+    ASSERT_TRUE( hosts.waitFor( AgentProcess::errors, "igmphost: the capture ends: " ) );
+    EXPECT_TRUE( std::filesystem::is_symlink( "/proc/" + std::to_string( hosts.id() ) + "/fd/1" ) );
+    hosts.signal( SIGTERM );
+    EXPECT_EQ( hosts.exitStatus(), 0 );
+}
+
 TEST_F( CaptureFile, FullDiskEndsTheCaptureAndNotTheHosts ) {
     AgentProcess hosts( { "run", scenario(), "--pcap", "/dev/full" } );
     ASSERT_TRUE( hosts.waitFor(
