@@ -1,9 +1,11 @@
 #include "agent/command/CommandLine.h"
 
+#include <cstring>
 #include <iostream>
 
 #include "agent/command/ExitStatus.h"
 #include "agent/command/Verb.h"
+#include "agent/output/StandardOutput.h"
 #include "agent/run/Privileges.h"
 #include "agent/scenario/Suggestion.h"
 
@@ -11,22 +13,26 @@ namespace Agent {
 
 namespace {
 
-/// What is to be said of a word that stands where a verb should; empty where there is none.
+/// What is to be said where a verb should stand and none does.
 std::string
-unknownVerb( CLI::App const& app ) {
+missingVerb( CLI::App const& app ) {
     if ( !app.get_subcommands().empty() ) {
-        return unknownVerb( *app.get_subcommands().front() );
+        return missingVerb( *app.get_subcommands().front() );
     }
-    std::vector<std::string> const words = app.remaining();
     std::vector<std::string> names;
     for ( CLI::App const* const verb : app.get_subcommands( {} ) ) {
         names.push_back( verb->get_name() );
     }
-    if ( names.empty() || words.empty() || words.front().starts_with( '-' ) ) {
-        return "";
-    }
     std::vector<std::string_view> const known( names.begin(), names.end() );
-    return "unknown verb '" + words.front() + "'" + suggestion( words.front(), known );
+    std::vector<std::string> const words = app.remaining();
+    return words.empty() || words.front().starts_with( '-' )
+               ? "a verb is missing" + suggestion( "", known )
+               : "unknown verb '" + words.front() + "'" + suggestion( words.front(), known );
+}
+
+std::string
+usageError( CLI::App const* app, CLI::Error const& fault ) {
+    return "igmphost: error: " + CLI::FailureMessage::simple( app, fault );
 }
 
 /// CLI11 has an exit status of its own for each mistake; here all of them are wrong usage.
@@ -37,8 +43,8 @@ parseAndDo( CLI::App& app, int argc, char** argv ) {
     try {
         app.parse( argc, argv );
     } catch ( CLI::RequiredError const& fault ) {
-        std::string const verb = unknownVerb( app );
-        app.exit( verb.empty() ? fault : CLI::RequiredError( verb, CLI::ExitCodes::RequiredError ) );
+        bool const isVerb = std::string_view( fault.what() ) == CLI::RequiredError::Subcommand( 1 ).what();
+        app.exit( isVerb ? CLI::RequiredError( missingVerb( app ), CLI::ExitCodes::RequiredError ) : fault );
         return exitWrongUsage;
     } catch ( CLI::ParseError const& fault ) {
         return app.exit( fault ) == 0 ? exitDone : exitWrongUsage;
@@ -49,6 +55,18 @@ parseAndDo( CLI::App& app, int argc, char** argv ) {
         }
     }
     return exitWrongUsage;
+}
+
+/// The status, where all that went to the standard output has arrived there. Where the command has failed it
+/// has said why, and it may have been this.
+int
+statusWithOutput( int status, StandardOutput& output ) {
+    int const error = output.finish();
+    if ( error == 0 || status == exitFailed ) {
+        return status;
+    }
+    std::cerr << "igmphost: error: cannot write the standard output: " << std::strerror( error ) << std::endl;
+    return status == exitDone ? exitFailed : status;
 }
 
 } // namespace
@@ -64,12 +82,15 @@ commandLine( int argc, char** argv ) {
     CLI::App app( "Emulates IGMP hosts", "igmphost" );
     app.set_version_flag( "--version", "igmphost " IGMPHOST_VERSION, "Print the version and exit" );
     app.require_subcommand( 1 );
+    app.failure_message( usageError );
+    StandardOutput output;
+    int status = exitFailed;
     try {
-        return parseAndDo( app, argc, argv );
+        status = parseAndDo( app, argc, argv );
     } catch ( std::exception const& fault ) {
         std::cerr << "igmphost: error: " << fault.what() << std::endl;
-        return exitFailed;
     }
+    return statusWithOutput( status, output );
 }
 
 } // namespace Agent

@@ -8,15 +8,6 @@
 
 namespace Agent {
 
-Igmp::IgmpVersion
-igmpVersion( std::string const& text ) {
-    auto const version = Kiv::ValueTraits<Igmp::IgmpVersion>::parse( text );
-    if ( version == Igmp::igmpVersionUnknown ) {
-        throw std::invalid_argument( "expected an IGMP version, 1 to 3, found '" + text + "'" );
-    }
-    return version;
-}
-
 void
 addDevice( CLI::App& command, std::string& device, Zornet::NamespaceName& ns ) {
     command.add_option( "DEVICE", device, "A network device of this machine" )

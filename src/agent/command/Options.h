@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include <exception>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -27,8 +28,18 @@ addParsed(
     return command.add_option_function<std::string>( name, take, help )->type_name( form );
 }
 
-/// What addParsed() takes for `parse`: it raises std::exception that says what was expected.
-Igmp::IgmpVersion igmpVersion( std::string const& text );
+/// An option whose text is a whole number between the two, which becomes a Number.
+template <class Number, class T>
+CLI::Option*
+addWhole(
+    CLI::App& command, std::string const& name, T& target, char const* help, U64 least,
+    U64 greatest = std::numeric_limits<U64>::max()
+) {
+    auto const parse = [least, greatest]( std::string const& text ) {
+        return static_cast<Number>( wholeNumberOf( text, least, greatest ) );
+    };
+    return addParsed( command, name, target, parse, "N", help );
+}
 
 /// The argument DEVICE and the option --ns of the verbs that work on one device.
 void addDevice( CLI::App& command, std::string& device, Zornet::NamespaceName& ns );

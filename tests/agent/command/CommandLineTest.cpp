@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <filesystem>
+
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/TemporaryFolder.h"
 
@@ -19,7 +21,7 @@ expectWrongUsage( std::vector<std::string> const& arguments, std::string const& 
     AgentProcess agent( arguments );
     EXPECT_EQ( agent.exitStatus(), 2 );
     EXPECT_EQ( agent.written( AgentProcess::output ), "" );
-    EXPECT_EQ( agent.written( AgentProcess::errors ), message + moreHelp );
+    EXPECT_EQ( agent.written( AgentProcess::errors ), "igmphost: error: " + message + moreHelp );
 }
 
 TEST( CommandLine, HelpNamesTheVerbs ) {
@@ -74,7 +76,9 @@ TEST( CommandLine, VersionIsThatOfTheProject ) {
 }
 
 TEST( CommandLine, VerbIsRequired ) {
-    expectWrongUsage( {}, "A subcommand is required" );
+    expectWrongUsage(
+        {}, "a verb is missing; expected one of check, demo, run, model, query, watch, ctl, schema"
+    );
 }
 
 TEST( CommandLine, UnknownVerbIsToldWithTheNearest ) {
@@ -92,10 +96,11 @@ TEST( CommandLine, OptionThatNeedsAnotherIsNotTakenAlone ) {
 }
 
 TEST( CommandLine, ValuesThatAreNoneAreRefusedWithWhatWasExpected ) {
-    for ( char const* const bytes : { "many", "10X", "1.5" } ) {
+    for ( char const* const bytes : { "many", "10X", "1.5", "23" } ) {
         expectWrongUsage(
             { "run", "x.yaml", "--pcap", "x", "--pcap-limit", bytes },
-            "--pcap-limit: expected a number of bytes such as 500k, 10M or 1G, found '" +
+            "--pcap-limit: expected a number of bytes, 24 for the header of the file or more, such as 500k, "
+            "10M or 1G, found '" +
                 std::string( bytes ) + "'"
         );
     }
@@ -108,9 +113,33 @@ TEST( CommandLine, UnknownArgumentsAreRefused ) {
     expectWrongUsage( { "demo", "--host", "3" }, "The following arguments were not expected: 3 --host" );
 }
 
-TEST( CommandLine, NumbersOutOfRangeAreRefused ) {
-    expectWrongUsage( { "demo", "--hosts", "0" }, "--hosts: Value 0 not in range 1 to 1000000" );
-    expectWrongUsage( { "demo", "--vlans", "4095" }, "--vlans: Value 4095 not in range 0 to 4094" );
+TEST( CommandLine, NumbersAreWholeAndInTheirRange ) {
+    std::string const most = std::string( 20, '9' );
+    for ( std::string const number : { "0", "1.5", "x", "-1", most.c_str() } ) {
+        std::string const found = ", found '" + number + "'";
+        expectWrongUsage(
+            { "demo", "--hosts", number }, "--hosts: expected a whole number from 1 to 1000000" + found
+        );
+        expectWrongUsage(
+            { "watch", "lo", "--count", number }, "--count: expected a whole number from 1" + found
+        );
+        expectWrongUsage(
+            { "query", "lo", "--robustness", number },
+            "--robustness: expected a whole number from 1 to 255" + found
+        );
+        expectWrongUsage(
+            { "query", "lo", "--vlan", number }, "--vlan: expected a whole number from 1 to 4094" + found
+        );
+        expectWrongUsage(
+            { "ctl", "/tmp/x", "watch", "--count", number }, "--count: expected a whole number from 1" + found
+        );
+    }
+    expectWrongUsage(
+        { "demo", "--vlans", "4095" }, "--vlans: expected a whole number from 0 to 4094, found '4095'"
+    );
+    expectWrongUsage(
+        { "run", "x.yaml", "--seed", "x" }, "--seed: expected a whole number from 0, found 'x'"
+    );
 }
 
 TEST( CommandLine, DurationMustBeATimeThatPasses ) {
@@ -121,7 +150,9 @@ TEST( CommandLine, DurationMustBeATimeThatPasses ) {
         { "run", "x.yaml", "--duration", "inf" },
         "--duration: expected a number of seconds above 0, found 'inf'"
     );
-    expectWrongUsage( { "demo", "--duration", "long" }, "--duration: expected a number, found 'long'" );
+    expectWrongUsage(
+        { "demo", "--duration", "long" }, "--duration: expected a number of seconds above 0, found 'long'"
+    );
 }
 
 TEST( CommandLine, VersionMustBeOneOfTheProtocol ) {
@@ -129,8 +160,7 @@ TEST( CommandLine, VersionMustBeOneOfTheProtocol ) {
         { "demo", "--igmp-version", "0" }, "--igmp-version: expected an IGMP version, 1 to 3, found '0'"
     );
     expectWrongUsage(
-        { "demo", "--igmp-version", "4" }, "--igmp-version: expected an IGMP version: 0 to 3 or "
-                                           "igmpVersion1, igmpVersion2, igmpVersion3, found '4'"
+        { "demo", "--igmp-version", "4" }, "--igmp-version: expected an IGMP version, 1 to 3, found '4'"
     );
 }
 
@@ -138,6 +168,59 @@ TEST( CommandLine, TraceHandleMustExist ) {
     expectWrongUsage(
         { "demo", "--trace", "IgmpHst:4" }, "--trace: no trace handle 'IgmpHst'; did you mean 'IgmpHost'?"
     );
+}
+
+TEST( CommandLine, StandardOutputThatCannotBeWrittenIsAFailure ) {
+    TemporaryFolder const folder;
+    std::string const path = folder.fileWith( "s.yaml", "hosts: [ { name: a } ]\nduration: 1\n" );
+    std::vector<std::vector<std::string>> const commands{
+        { "--help" },        { "--version" },
+        { "run", "--help" }, { "schema" },
+        { "model" },         { "demo", "--hosts", "2", "--duration", "1" },
+        { "check", path },   { "check", "--json", path }
+    };
+    for ( std::vector<std::string> const& arguments : commands ) {
+        AgentProcess agent( arguments, { "sh", "-c", "exec \"$@\" >/dev/full", "sh" } );
+        EXPECT_EQ( agent.exitStatus(), 1 ) << arguments[0];
+        EXPECT_THAT(
+            agent.written( AgentProcess::errors ),
+            ::testing::EndsWith(
+                "igmphost: error: cannot write the standard output: No space left on device\n"
+            )
+        ) << arguments[0];
+    }
+}
+
+TEST( CommandLine, OutputsThatGoToOnePlaceAreRefused ) {
+    TemporaryFolder const folder;
+    std::string const file = folder.file( "z" );
+    std::filesystem::create_hard_link( folder.fileWith( "a", "" ), folder.file( "b" ) );
+    auto const expectRefused = []( std::vector<std::string> options, std::string const& message ) {
+        options.insert( options.begin(), { "run", "--simulate", "/nowhere.yaml" } );
+        AgentProcess agent( options );
+        EXPECT_EQ( agent.exitStatus(), 2 );
+        EXPECT_EQ( agent.written( AgentProcess::errors ), "igmphost: error: " + message + "\n" );
+    };
+    std::string const stdoutClash = " cannot both go to the standard output";
+    expectRefused( { "--pcap", file, "--status", file }, "--pcap and --status cannot both go to " + file );
+    expectRefused(
+        { "--status", file, "--junit", folder.file( "./z" ) },
+        "--status and --junit cannot both go to " + folder.file( "./z" )
+    );
+    expectRefused(
+        { "--junit", folder.file( "a" ), "--pcap", folder.file( "b" ) },
+        "--pcap and --junit cannot both go to " + folder.file( "a" )
+    );
+    expectRefused( { "--pcap", "-", "--junit", "-" }, "--pcap and --junit" + stdoutClash );
+    expectRefused(
+        { "--pcap", "-", "--pcap-limit", "300", "--status", "-" }, "--pcap and --status" + stdoutClash
+    );
+    expectRefused(
+        { "--status", "-", "--status-interval", "1" }, "--status and --status-interval" + stdoutClash
+    );
+    std::string const path = folder.fileWith( "s.yaml", "hosts: [ { name: a } ]\nduration: 1\n" );
+    AgentProcess nowhere( { "run", "--simulate", path, "--status", "/dev/null", "--junit", "/dev/null" } );
+    EXPECT_EQ( nowhere.exitStatus(), 0 );
 }
 
 TEST( CommandLine, ScenarioIsRequired ) {

@@ -118,12 +118,11 @@ CtlVerbs::addAdding() {
     add.add_option(
         "ATTR=VALUE", options_->words, "Attributes and values; vlanStep steps the VLAN from host to host"
     );
-    add.add_option(
-           "--count", options_->count,
-           "Number of hosts: NAME-1, NAME-2 and so on, with ipAddr and macAddr one further from host to host"
-    )
-        ->check( CLI::Range( 1U, mostHosts ) )
-        ->type_name( "N" );
+    addWhole<U32>(
+        add, "--count", options_->count,
+        "Number of hosts: NAME-1, NAME-2 and so on, with ipAddr and macAddr one further from host to host", 1,
+        mostHosts
+    );
     add.add_option( "--group", options_->groups, "Groups that each joins: an address or a range; repeatable" )
         ->type_name( "GROUP" )
         ->allow_extra_args( false );
@@ -171,7 +170,7 @@ void
 CtlVerbs::addWatch() {
     CLI::App& watch = verb( "watch", "Print each change of hosts and their status as it comes", &ctlWatch );
     hostOption( watch, "Only these hosts" );
-    watch.add_option( "--count", options_->changes, "End after so many changes" )->type_name( "N" );
+    addWhole<U64>( watch, "--count", options_->changes, "End after so many changes", 1 );
     addParsed( watch, "--duration", options_->duration, durationOf, "S", "End after so many seconds" );
 }
 

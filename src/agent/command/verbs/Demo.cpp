@@ -13,21 +13,16 @@ addDemo( CLI::App& app ) {
     CLI::App& command = *app.add_subcommand(
         "demo", "Run hosts on a wire in memory against a reference querier, and compare what both know"
     );
-    command.add_option( "--hosts", options->hosts, "Number of hosts" )
-        ->check( CLI::Range( 1U, mostHosts ) )
-        ->capture_default_str();
-    command.add_option( "--groups", options->groups, "Groups that each host joins" )
-        ->check( CLI::Range( 0U, mostGroups ) )
-        ->capture_default_str();
+    addWhole<U32>( command, "--hosts", options->hosts, "Number of hosts [1000]", 1, mostHosts );
+    addWhole<U32>( command, "--groups", options->groups, "Groups that each host joins [10]", 0, mostGroups );
     addParsed(
-        command, "--igmp-version", options->igmpVersion, igmpVersion, "V",
+        command, "--igmp-version", options->igmpVersion, protocolOf, "V",
         "Protocol of hosts and querier, 1 to 3 [2]"
     );
-    command
-        .add_option(
-            "--vlans", options->vlans, "Tag the hosts, spread over that many VLANs with a querier in each"
-        )
-        ->check( CLI::Range( 0U, mostVlans ) );
+    addWhole<U32>(
+        command, "--vlans", options->vlans,
+        "Tag the hosts, spread over that many VLANs with a querier in each", 0, mostVlans
+    );
     addParsed(
         command, "--duration", options->duration, durationOf, "S", "Seconds of the hosts' time [600]"
     );

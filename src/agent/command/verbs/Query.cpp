@@ -11,7 +11,7 @@ void
 addProtocol( CLI::App& command, QueryOptions& options ) {
     Lab::QuerierConfig& config = options.config;
     auto const version = [&config]( std::string const& text ) {
-        config.version = static_cast<Zornet::U8>( igmpVersion( text ) );
+        config.version = static_cast<Zornet::U8>( protocolOf( text ) );
         return config.version;
     };
     addParsed( command, "--igmp-version", config.version, version, "V", "Protocol to ask by, 1 to 3 [3]" );
@@ -27,9 +27,9 @@ addProtocol( CLI::App& command, QueryOptions& options ) {
         command, "--last-member", config.lastMemberQueryInterval, durationOf, "S",
         "Seconds within which hosts are to answer after a leave [1]"
     );
-    command.add_option( "--robustness", config.robustness, "How often queries are repeated" )
-        ->check( CLI::Range( 1U, 255U ) )
-        ->capture_default_str();
+    addWhole<Zornet::U32>(
+        command, "--robustness", config.robustness, "How often queries are repeated [2]", 1, 255
+    );
     command.add_flag( "--elect", config.electionEnabled, "Yield to a querier with a lower address" );
 }
 
@@ -50,12 +50,12 @@ addPlace( CLI::App& command, QueryOptions& options ) {
         command, "--mac", options.macAddr, addressOf<Zornet::EthAddr>, "MAC",
         "Ethernet address to ask from [that of the device]"
     );
-    auto const takeVlan = [&options]( Zornet::U16 vlan ) {
-        options.config.vlanId = Bridging::VlanId( vlan );
+    auto const vlan = []( std::string const& text ) {
+        return Bridging::VlanId( static_cast<Zornet::U16>( wholeNumberOf( text, 1, 4094 ) ) );
     };
-    command.add_option_function<Zornet::U16>( "--vlan", takeVlan, "Ask and listen in this VLAN, tagged" )
-        ->check( CLI::Range( 1, 4094 ) )
-        ->type_name( "VLAN" );
+    addParsed(
+        command, "--vlan", options.config.vlanId, vlan, "VLAN", "Ask and listen in this VLAN, tagged"
+    );
 }
 
 } // namespace

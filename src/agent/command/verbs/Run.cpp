@@ -7,18 +7,22 @@ namespace Agent {
 
 namespace {
 
-/// "500", "500k", "10M", "1G"; a k is 1024.
+/// "500", "500k", "10M", "1G"; a k is 1024. It must hold at least what a capture begins with.
 U64
-bytesOf( std::string text ) {
+captureLimitOf( std::string text ) {
     std::string const given = text;
     try {
         CLI::AsSizeValue const units( false );
         if ( units( text ).empty() ) {
-            return Kiv::ValueTraits<U64>::parse( text );
+            return wholeNumberOf( text, captureHeaderBytes );
         }
     } catch ( std::exception const& ) {
     }
-    Kiv::throwExpected( "a number of bytes such as 500k, 10M or 1G", given );
+    Kiv::throwExpected(
+        "a number of bytes, " + std::to_string( captureHeaderBytes ) +
+            " for the header of the file or more, such as 500k, 10M or 1G",
+        given
+    );
 }
 
 LogFormat
@@ -40,7 +44,7 @@ addCapture( CLI::App& command, RunOptions& options ) {
             )
             ->type_name( "FILE" );
     addParsed(
-        command, "--pcap-limit", options.captureLimit, bytesOf, "BYTES",
+        command, "--pcap-limit", options.captureLimit, captureLimitOf, "BYTES",
         "End the capture before the file is longer; as in 500k, 10M, 1G"
     )
         ->needs( capture );
@@ -94,12 +98,10 @@ addShare( CLI::App& command, RunOptions& options ) {
         command, "--shard", options.shard, shardOf, "K/N",
         "Run every N-th host alone, from the K-th on; N processes run the scenario between them"
     );
-    command
-        .add_option(
-            "--seed", options.seed,
-            "Draw what the timeline leaves to chance from this number; the same number, the same run"
-        )
-        ->type_name( "N" );
+    addWhole<U64>(
+        command, "--seed", options.seed,
+        "Draw what the timeline leaves to chance from this number; the same number, the same run", 0
+    );
 }
 
 /// Hosts come from a scenario or through the control socket; without either there would never be any.

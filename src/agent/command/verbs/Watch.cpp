@@ -10,9 +10,7 @@ addWatch( CLI::App& app ) {
     auto const options = std::make_shared<WatchOptions>();
     CLI::App& command = *app.add_subcommand( "watch", "Print every IGMP message that passes a device" );
     addDevice( command, options->device, options->ns );
-    command.add_option( "--count", options->count, "End after so many messages" )
-        ->check( CLI::PositiveNumber )
-        ->type_name( "N" );
+    addWhole<U64>( command, "--count", options->count, "End after so many messages", 1 );
     addParsed( command, "--duration", options->duration, durationOf, "S", "End after so many seconds" );
     command.add_flag( "--json", options->json, "Print a JSON object for each message" );
     return { &command, [options] { return watch( *options ); } };
