@@ -14,15 +14,13 @@ namespace Zornet {
 /// A thread that hands bursts to the kernel, in order, while the loop's thread makes the next: what a frame
 /// costs in the kernel is more than what it costs in a host, and so runs on another processor. It touches
 /// nothing but its socket and the bursts that it was given, and those are nobody else's until it is done.
-/// After a burst that the kernel did not take whole, what follows is left alone until all has been taken
-/// back.
+/// After a burst that the kernel did not take whole, what follows is left alone until all is taken back.
 class SendingThread {
   public:
     /// Bursts that may be under way: enough that neither side waits for the other to wake up.
     static constexpr unsigned depth = 4;
 
-    /// Null where it would gain nothing, because this thread has one processor, and where no thread is to be
-    /// had.
+    /// Null where this thread has one processor, and so gains nothing, or where no thread can be had.
     static std::unique_ptr<SendingThread> make( Kiv::Ptr<PacketSocket> const& socket );
     /// Nothing may be under way.
     ~SendingThread();
