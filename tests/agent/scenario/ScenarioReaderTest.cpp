@@ -268,6 +268,10 @@ TEST( ScenarioReader, BrokenJsonIsToldWhereItEnds ) {
         told( "{\n  \"hosts\": [ { \"name\": \"a\" }\n" ),
         ":3:1: error: not JSON: while parsing array - unexpected end of input; expected ']'\n"
     );
+    EXPECT_EQ(
+        told( "{ \"duration\": 1e999,\n  \"hosts\": [\n" ),
+        ":3:1: error: not YAML: end of sequence flow not found\n"
+    );
     EXPECT_EQ( told( "# YAML's comment\nhosts: [ { name: a } ]\n" ), "" );
 }
 

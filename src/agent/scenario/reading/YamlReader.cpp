@@ -110,6 +110,9 @@ YamlReader::tellSyntax( std::string const& text, YAML::Exception const& fault ) 
                     )
             );
             return;
+        } catch ( nlohmann::json::exception const& ) {
+            // Such as a number out of range: that is no fault of the syntax, and the one there is lies
+            // behind.
         }
     }
     error( at( fault.mark ), "not YAML: " + fault.msg );
