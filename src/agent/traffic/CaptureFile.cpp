@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <stdexcept>
@@ -34,11 +33,10 @@ timestamp( Kiv::Seconds time ) {
 }
 
 /// How much of the file can be read, where its end may be a part of a frame that did not fit. A frame begins
-/// at `from`.
+/// at `from`, and there are `size` bytes.
 U64
-wholeRecords( std::string const& file, U64 from ) {
+wholeRecords( std::string const& file, U64 from, U64 size ) {
     std::ifstream in( file, std::ios::binary );
-    U64 const size = std::filesystem::file_size( file );
     while ( true ) {
         struct {
             bpf_u_int32 seconds, nanoseconds, bytes, bytesOnTheWire;
@@ -153,8 +151,10 @@ CaptureFile::fail( int error ) {
     Zornet::FileDescriptor const written( dup( fileno( pcap_dump_file( dumper_ ) ) ) );
     close();
     struct stat status {};
-    if ( fstat( written.get(), &status ) == 0 && S_ISREG( status.st_mode ) ) {
-        auto const whole = static_cast<off_t>( wholeRecords( file, flushedBytes_ ) );
+    // Where the standard output goes there may be more than the capture, and who opened it may go on there.
+    if ( file != "-" && fstat( written.get(), &status ) == 0 && S_ISREG( status.st_mode ) ) {
+        auto const size = static_cast<U64>( status.st_size );
+        auto const whole = static_cast<off_t>( wholeRecords( file, flushedBytes_, size ) );
         [[maybe_unused]] int const cut = ftruncate( written.get(), whole );
     }
 }

@@ -120,6 +120,27 @@ TEST_F( CaptureFile, DiskThatFillsUpLeavesAFileThatCanBeRead ) {
     EXPECT_THAT( dissected(), ::testing::Not( ::testing::IsEmpty() ) );
 }
 
+/// What stands before the capture, of whoever opened the output, is kept too.
+TEST_F( CaptureFile, FullDiskBehindTheStandardOutputEndsTheCaptureAndNotTheHosts ) {
+    std::string const before( 300, '#' );
+    std::vector<std::string> const smallDisk{ "env",
+                                              "GCOV_PREFIX=" + folder_.file( "counts" ),
+                                              "sh",
+                                              "-c",
+                                              "ulimit -f 1; trap '' XFSZ; exec \"$@\" >>" +
+                                                  folder_.fileWith( "out", before ),
+                                              "sh" };
+    AgentProcess hosts( { "run", scenario( "", 50 ), "--pcap", "-", "--duration", "0.1" }, smallDisk );
+    EXPECT_EQ( hosts.exitStatus(), 1 );
+    EXPECT_THAT(
+        hosts.written( AgentProcess::errors ),
+        HasSubstr( "igmphost: error: the capture ends: cannot write -: File too large; the hosts go on\n" )
+    );
+    EXPECT_THAT( hosts.written( AgentProcess::errors ), HasSubstr( "; sent 100 messages" ) );
+    EXPECT_THAT( folder_.contents( "out" ), StartsWith( before ) );
+    EXPECT_THAT( folder_.contents( "out" ), SizeIs( 512 ) );
+}
+
 TEST_F( CaptureFile, FileThatCannotBeMadeIsToldBeforeAnythingBegins ) {
     AgentProcess hosts( { "run", scenario(), "--pcap", folder_.file( "none/x" ) } );
     EXPECT_EQ( hosts.exitStatus(), 1 );
