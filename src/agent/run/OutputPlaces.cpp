@@ -32,11 +32,25 @@ placeOf( std::string const& path ) {
     return std::filesystem::weakly_canonical( std::filesystem::absolute( path, ignored ), ignored ).string();
 }
 
+/// The files of the scenario by their places. What is no regular file, such as a terminal, is not replaced.
+std::map<std::string, std::string>
+scenarioPlaces( RunOptions const& options ) {
+    std::map<std::string, std::string> fileAt;
+    for ( std::string const& file : options.scenarioFiles ) {
+        std::error_code ignored;
+        if ( std::filesystem::is_regular_file( file, ignored ) ) {
+            fileAt.emplace( placeOf( file ), file );
+        }
+    }
+    return fileAt;
+}
+
 } // namespace
 
 std::string
 outputClash( RunOptions const& options ) {
     std::optional<std::string> const lines = options.statusInterval ? std::optional( "-" ) : std::nullopt;
+    std::map<std::string, std::string> const scenarioAt = scenarioPlaces( options );
     std::map<std::string, std::string> optionAt; // by place
     for ( auto const& [option, path] :
           { std::pair( "--pcap", options.captureFile ), std::pair( "--status", options.statusFile ),
@@ -46,12 +60,24 @@ outputClash( RunOptions const& options ) {
         if ( place.empty() ) {
             continue;
         }
+        if ( auto const scenario = scenarioAt.find( place ); scenario != scenarioAt.end() ) {
+            return option + std::string( " cannot go to the scenario itself, " ) + scenario->second;
+        }
         if ( auto const [other, isNew] = optionAt.try_emplace( place, option ); !isNew ) {
             return other->second + " and " + option + " cannot both go to " +
                    ( *path == "-" ? "the standard output" : *path );
         }
     }
     return "";
+}
+
+bool
+takesStandardOutput( RunOptions const& options ) {
+    std::string const place = placeOf( "-" );
+    auto const isThere = [&place]( std::optional<std::string> const& path ) {
+        return path && !place.empty() && placeOf( *path ) == place;
+    };
+    return isThere( options.statusFile ) || isThere( options.captureFile ) || isThere( options.junitFile );
 }
 
 } // namespace Agent

@@ -36,7 +36,7 @@ using RunParts = std::vector<std::unique_ptr<RunPart>>;
 bool
 wantsScreen( RunOptions const& options ) {
     return !options.quiet && !options.statusInterval && options.logFormat == LogFormat::text &&
-           options.statusFile != "-" && options.captureFile != "-" && Screen::isPossible();
+           !takesStandardOutput( options ) && Screen::isPossible();
 }
 
 /// What the options ask for, in the order in which it is told of anything.

@@ -223,6 +223,22 @@ TEST( CommandLine, OutputsThatGoToOnePlaceAreRefused ) {
     EXPECT_EQ( nowhere.exitStatus(), 0 );
 }
 
+TEST( CommandLine, OutputsDoNotReplaceTheScenario ) {
+    TemporaryFolder const folder;
+    std::string const text = "hosts: [ { name: a } ]\nduration: 1\n";
+    std::string const path = folder.fileWith( "s.yaml", text );
+    std::string const other = folder.fileWith( "more.yaml", "seed: 1\n" );
+    for ( char const* const option : { "--status", "--pcap", "--junit" } ) {
+        AgentProcess agent( { "run", "--simulate", other, path, option, folder.file( "./s.yaml" ) } );
+        EXPECT_EQ( agent.exitStatus(), 2 );
+        EXPECT_EQ(
+            agent.written( AgentProcess::errors ),
+            "igmphost: error: " + std::string( option ) + " cannot go to the scenario itself, " + path + "\n"
+        );
+    }
+    EXPECT_EQ( folder.contents( "s.yaml" ), text );
+}
+
 TEST( CommandLine, ScenarioIsRequired ) {
     expectWrongUsage( { "run" }, "SCENARIO is required" );
 }

@@ -64,6 +64,15 @@ TEST_F( Screen, ShowsTheRunAndLeavesTheTerminalClean ) {
     EXPECT_EQ( tmux( "display -p '#{cursor_flag} #{alternate_on}'" ), "1 0\n" );
 }
 
+TEST_F( Screen, StaysAwayWhereTheTerminalIsToShowTheOutcome ) {
+    for ( std::string const place : { "-", "$(tty)" } ) {
+        std::string const told = place == "-" ? "ended at first with " : "ended at last with ";
+        enter( command( "--duration 0.1 --junit " + place + "; echo " + told + "$?" ) );
+        EXPECT_THAT( await( told + "0" ), HasSubstr( "</testsuite" ) ) << place;
+        enter( "clear" );
+    }
+}
+
 /// Of so many groups that they take seconds to make.
 TEST_F( Screen, OpensWhileHostsAreBroughtUpAndShowsHowFarTheyAre ) {
     std::string const hosts = "hosts: [ { name: rx, count: 4000, groups: 239.0.0.0/22 } ]\n";
