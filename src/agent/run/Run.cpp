@@ -245,6 +245,21 @@ applyOptions( RunOptions const& options, Scenario& scenario ) {
     scenario.seed = options.seed ? options.seed : scenario.seed;
 }
 
+/// Every share would ask from the same address, so on real devices the first one alone has the querier, and
+/// looks at what is expected of it.
+void
+leaveQuerierToFirstShare( Scenario& scenario ) {
+    if ( scenario.shard.number == 1 ) {
+        return;
+    }
+    scenario.querier.reset();
+    for ( Expectation& expectation : scenario.expectations ) {
+        std::erase_if( expectation.memberships, []( MembershipCondition const& condition ) {
+            return !condition.bridge;
+        } );
+    }
+}
+
 /// Tells what is missing; true where nothing is.
 bool
 checkDevices( Scenario const& scenario ) {
@@ -295,6 +310,9 @@ run( RunOptions const& options ) {
     checked.print( std::cerr );
     if ( !checked.errors.empty() ) {
         return exitWrongUsage;
+    }
+    if ( !options.simulate ) {
+        leaveQuerierToFirstShare( checked.scenario );
     }
     Scenario const& scenario = checked.scenario;
     if ( options.simulate && !checkSimulation( scenario ) ) {

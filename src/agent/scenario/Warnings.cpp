@@ -26,6 +26,11 @@ scenarioWarnings( Scenario const& scenario ) {
     }
     EventWarnings( scenario, warnings ).check();
     EventAddresses( scenario, link, warnings ).check();
+    for ( Expectation const& expectation : scenario.expectations ) {
+        if ( expectation.total && scenario.shard.shards > 1 ) {
+            warnings.add( expectation.at, "total: each share sums up its own hosts alone" );
+        }
+    }
     if ( scenario.hostCount() == 0 && !scenario.hosts.empty() ) {
         warnings.add(
             { 0 }, "shard: share " + std::to_string( scenario.shard.number ) + " of " +

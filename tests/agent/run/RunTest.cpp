@@ -20,6 +20,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using Json = nlohmann::json;
 
 /// The real command on a cable between two namespaces.
@@ -206,6 +207,33 @@ TEST_F( Run, TwoSharesDoTogetherWhatOneDoes ) {
         }
     }
     EXPECT_EQ( reports, ( std::map<std::string, int>{ { "rx-1", 11 }, { "rx-2", 11 }, { "rx-3", 11 } } ) );
+}
+
+TEST_F( Run, QuerierRunsBesideTheFirstShareAlone ) {
+    cableIs();
+    std::string const path = scenario();
+    std::string const more = folder_.fileWith(
+        "more.yaml", "querier: { device: far0, igmpVersion: 2, ns: " + far_->name() +
+                         " }\nexpect: [ { at: 0, within: 20, querier: { joined: 239.1.1.1 } } ]\n"
+    );
+    AgentProcess first( { "run", path, more, "--shard", "1/2" } );
+    EXPECT_EQ( first.exitStatus(), 0 );
+    EXPECT_THAT( first.written( AgentProcess::errors ), HasSubstr( "1 of 1 expectations met" ) );
+    EXPECT_THAT( first.written( AgentProcess::errors ), Not( HasSubstr( "heard 0 queries" ) ) );
+    AgentProcess second( { "run", path, more, "--shard", "2/2", "--duration", "0.3" } );
+    EXPECT_EQ( second.exitStatus(), 0 );
+    EXPECT_THAT( second.written( AgentProcess::errors ), HasSubstr( "heard 0 queries" ) );
+}
+
+TEST_F( Run, SimulatedSharesHaveAQuerierEach ) {
+    std::string const path = scenario();
+    std::string const more = folder_.fileWith(
+        "more.yaml", "querier: { device: far0, igmpVersion: 2 }\nduration: 60\n"
+                     "expect: [ { at: 50, querier: { joined: 239.1.1.1 } } ]\n"
+    );
+    AgentProcess second( { "run", "--simulate", path, more, "--shard", "2/2" } );
+    EXPECT_EQ( second.exitStatus(), 0 );
+    EXPECT_THAT( second.written( AgentProcess::errors ), Not( HasSubstr( "heard 0 queries" ) ) );
 }
 
 TEST_F( Run, MissingDeviceIsToldAndTakenUpWhenItAppears ) {

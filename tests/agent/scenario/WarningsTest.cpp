@@ -188,6 +188,17 @@ TEST( Warnings, NameThatIsAPatternIsTold ) {
     );
 }
 
+TEST( Warnings, SumOverTheHostsOfOneShareIsTold ) {
+    std::string const scenario = "hosts: [ { name: rx, count: 3, ipAddr: 10.0.0.1, macAddr: "
+                                 "'02:00:00:00:00:01', deviceName: a } ]\n"
+                                 "expect: [ { v2ReportsSent: 3, total: true }, { v2ReportsSent: 1 } ]\n";
+    EXPECT_EQ( warningsOf( scenario ), "" );
+    EXPECT_EQ(
+        warningsOf( scenario + "shard: 1/2\n" ),
+        ":2:11: error: total: each share sums up its own hosts alone\n"
+    );
+}
+
 TEST( Warnings, WhatIsNoRegretIsNotTold ) {
     for ( char const* const settings :
           { "enablePeriodicReport: true, unsolicitedReportInterval: 5, mtu: 78, groups: 239.1.1.1-239.1.1.4",
