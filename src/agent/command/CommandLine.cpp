@@ -25,9 +25,11 @@ missingVerb( CLI::App const& app ) {
     }
     std::vector<std::string_view> const known( names.begin(), names.end() );
     std::vector<std::string> const words = app.remaining();
-    return words.empty() || words.front().starts_with( '-' )
-               ? "a verb is missing" + suggestion( "", known )
-               : "unknown verb '" + words.front() + "'" + suggestion( words.front(), known );
+    if ( !words.empty() && words.front().starts_with( '-' ) ) {
+        return "unknown option '" + words.front() + "', and a verb is missing" + suggestion( "", known );
+    }
+    return words.empty() ? "a verb is missing" + suggestion( "", known )
+                         : "unknown verb '" + words.front() + "'" + suggestion( words.front(), known );
 }
 
 std::string

@@ -2,7 +2,6 @@
 
 #include <net/if.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <map>
 
@@ -59,10 +58,17 @@ missingDevices( Scenario const& scenario ) {
     }
     atStart.merge( later );
     std::vector<std::string> missing;
+    std::map<std::string, std::size_t> told; // several places may lie in one namespace that is missing
     for ( auto const& [place, who] : atStart ) {
         std::string const one = place.device.empty() ? "" : missingOf( place );
-        if ( !one.empty() && std::find( missing.begin(), missing.end(), one + who ) == missing.end() ) {
+        if ( one.empty() ) {
+            continue;
+        }
+        auto const [first, isNew] = told.emplace( one, missing.size() );
+        if ( isNew ) {
             missing.push_back( one + who );
+        } else if ( missing[first->second] != one + who ) {
+            missing[first->second] = one; // for more than one reason
         }
     }
     return missing;

@@ -232,7 +232,7 @@ Runner::tellEnd() {
     std::cerr << "igmphost: ended after " << std::fixed << std::setprecision( 1 )
               << Kiv::now() - context_.started << " s; sent " << counted( made - lost, "message" );
     if ( lost != 0 ) {
-        std::cerr << ", lost " << lost;
+        std::cerr << ", lost " << grouped( lost );
     }
     std::cerr << ", heard " << counted( total.queriesHeard(), "query", "queries" ) << std::endl;
 }

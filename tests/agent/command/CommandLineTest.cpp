@@ -81,6 +81,13 @@ TEST( CommandLine, VerbIsRequired ) {
     );
 }
 
+TEST( CommandLine, UnknownOptionIsToldWhereTheVerbIsMissingToo ) {
+    expectWrongUsage(
+        { "--bogus" }, "unknown option '--bogus', and a verb is missing; expected one of check, demo, run, "
+                       "model, query, watch, ctl, schema"
+    );
+}
+
 TEST( CommandLine, UnknownVerbIsToldWithTheNearest ) {
     expectWrongUsage( { "runn", "x.yaml" }, "unknown verb 'runn'; did you mean 'run'?" );
     expectWrongUsage( { "ctl", "/tmp/x", "hots" }, "unknown verb 'hots'; did you mean 'hosts'?" );

@@ -57,6 +57,13 @@ TEST_F( CommandManual, HasASectionForEveryVerbAndNoOther ) {
     EXPECT_EQ( sections, verbs );
 }
 
+TEST_F( CommandManual, DemandsNoScenarioBesideAControlSocket ) {
+    EXPECT_NE(
+        sections_["igmphost"].find( ".Cm run\n.Fl -control Ar PATH\n.Op Ar options\n.Op Ar SCENARIO ...\n" ),
+        std::string::npos
+    );
+}
+
 TEST_F( CommandManual, ExplainsEveryOptionOnceUnderItsVerbAndNoOther ) {
     for ( HelpPage const& page : pages_ ) {
         std::set<std::string> options = page.options;

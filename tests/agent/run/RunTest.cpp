@@ -167,6 +167,23 @@ TEST_F( Run, MissingNamespaceKeepsItFromBeginning ) {
     );
 }
 
+TEST_F( Run, MissingNamespaceIsToldOnceWhoeverNeedsIt ) {
+    std::string const path = scenario();
+    std::string const name = near_->name();
+    std::string const more = folder_.fileWith(
+        "more.yaml", "querier: { device: far9, ns: " + name + " }\nevents: [ { at: 9, add: { name: late, " +
+                         "deviceName: near9, ns: " + name + " } } ]\n"
+    );
+    near_.reset();
+    AgentProcess agent( { "run", path, more } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        EndsWith( "\nigmphost: error: there is no namespace " + name + "; --wait-for-device waits for it\n" )
+    );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), Not( HasSubstr( name + " for " ) ) );
+}
+
 TEST_F( Run, MissingDeviceOfTheQuerierOrOfLaterHostsKeepsItFromBeginning ) {
     cableIs();
     std::string const more = folder_.fileWith(
@@ -186,11 +203,17 @@ TEST_F( Run, MissingDeviceOfTheQuerierOrOfLaterHostsKeepsItFromBeginning ) {
 }
 
 TEST_F( Run, WhatIsLostIsNotToldAsSent ) {
-    AgentProcess agent( { "run", scenario( "    igmpVersion: 2\n" ), "--wait-for-device", "--duration",
+    std::string const more = folder_.fileWith(
+        "more.yaml",
+        "hosts: [ { name: nowhere, deviceName: near0, ns: " + near_->name() +
+            ", ipAddr: 10.0.0.99, macAddr: '02:00:00:00:00:99', groups: 239.2.0.0-239.2.3.231 } ]\n"
+    );
+    AgentProcess agent( { "run", scenario( "    igmpVersion: 2\n" ), more, "--wait-for-device", "--duration",
                           "0.02" } );
     EXPECT_EQ( agent.exitStatus(), 0 );
     EXPECT_THAT(
-        agent.written( AgentProcess::errors ), HasSubstr( " s; sent 0 messages, lost 33, heard 0 queries\n" )
+        agent.written( AgentProcess::errors ),
+        HasSubstr( " s; sent 0 messages, lost 1,033, heard 0 queries\n" )
     );
 }
 
