@@ -8,8 +8,8 @@
 namespace Agent {
 
 bool
-isPattern( std::string const& text ) {
-    return text.find_first_of( "*?[" ) != std::string::npos;
+isPattern( std::string_view text ) {
+    return text.find_first_of( patternCharacters ) != std::string_view::npos;
 }
 
 bool

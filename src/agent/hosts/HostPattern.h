@@ -1,14 +1,16 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "model/IgmpHostDir.h"
 
 namespace Agent {
 
-/// Whether a text is a pattern of the shell rather than a name: it has one of the characters * ? [.
-bool isPattern( std::string const& text );
+/// What makes a text a pattern of the shell rather than a name: each of these characters.
+inline constexpr char patternCharacters[] = "*?[\\";
+bool isPattern( std::string_view text );
 /// Whether `name` fits the pattern; a pattern without such characters fits the name that it is.
 bool fits( std::string const& name, std::string const& pattern );
 

@@ -7,19 +7,13 @@
 #include <functional>
 #include <unordered_set>
 
+#include "agent/hosts/HostPattern.h"
 #include "agent/scenario/Scenario.h"
 #include "agent/scenario/Suggestion.h"
 
 namespace Agent {
 
 namespace {
-
-constexpr char wildcards[] = "*?[\\";
-
-bool
-isPattern( std::string_view text ) {
-    return text.find_first_of( wildcards ) != std::string_view::npos;
-}
 
 /// The parts of a name such as one of several hosts has: the entry's name, and the index.
 std::optional<U32>
@@ -34,13 +28,14 @@ indexAfter( std::size_t dash, std::string const& name ) {
 /// What every name that matches the pattern begins with.
 std::string_view
 beginOf( std::string_view pattern ) {
-    return pattern.substr( 0, pattern.find_first_of( wildcards ) );
+    return pattern.substr( 0, pattern.find_first_of( patternCharacters ) );
 }
 
-/// What every name that matches the pattern ends with.
+/// What every name that matches the pattern ends with. A bracket that closes may end a choice of characters.
 std::string_view
 endOf( std::string_view pattern ) {
-    return pattern.substr( pattern.find_last_of( "*?[]\\" ) + 1 );
+    std::string_view const end = pattern.substr( pattern.find_last_of( patternCharacters ) + 1 );
+    return end.substr( end.rfind( ']' ) + 1 );
 }
 
 /// True where every name that begins as the pattern does matches it: "rx*".

@@ -37,6 +37,11 @@ TEST_F( HostPattern, PatternStandsForAllThatFitInAReadersOrder ) {
     EXPECT_THAT( names( "?x-[12]*" ), ElementsAre( "rx-2", "rx-10", "tx-1" ) );
 }
 
+TEST_F( HostPattern, BackslashTakesACharacterAsItIs ) {
+    EXPECT_THAT( names( "rx\\*" ), ElementsAre( "rx*" ) );
+    EXPECT_THAT( names( "tx-1]" ), IsEmpty() );
+}
+
 TEST_F( HostPattern, HostThatBearsThePatternAsItsNameGoesFirst ) {
     EXPECT_THAT( names( "rx*" ), ElementsAre( "rx*" ) );
 }

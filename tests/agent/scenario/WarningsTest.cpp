@@ -182,9 +182,13 @@ TEST( Warnings, NameThatIsAPatternIsTold ) {
         warningsOf(
             "hosts: [ { name: 'rx*', ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', deviceName: a } ]"
         ),
-        ::testing::HasSubstr( ":1:18: error: name: 'rx*' is a pattern to events, expectations and ctl, and "
-                              "may mean other hosts "
-                              "there\n" )
+        ::testing::HasSubstr( ":1:18: error: name: 'rx*' is a pattern too; where no host of just this name "
+                              "is found, it means others that fit it\n" )
+    );
+    EXPECT_EQ(
+        warningsOf( "hosts: [ { name: 'rx]', ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', deviceName: a } "
+                    "]" ),
+        ""
     );
 }
 

@@ -2,6 +2,7 @@
 
 #include <net/if.h>
 
+#include "agent/hosts/HostPattern.h"
 #include "agent/scenario/warnings/FrameSizes.h"
 
 namespace Agent {
@@ -36,10 +37,11 @@ HostWarnings::isVersion3() const {
 
 void
 HostWarnings::checkName() {
-    if ( spec_.name.find_first_of( "*?[]\\" ) != std::string::npos ) {
+    if ( isPattern( spec_.name ) ) {
         warnings_.add(
             spec_.at, "name: '" + spec_.name +
-                          "' is a pattern to events, expectations and ctl, and may mean other hosts there"
+                          "' is a pattern too; where no host of just this name is found, it means others "
+                          "that fit it"
         );
     }
 }
