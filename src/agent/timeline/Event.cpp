@@ -52,14 +52,4 @@ Event::endTime() const {
     return stepTime( *steps - 1 ) + jitter + pacing;
 }
 
-EventGroup
-groupOf( Event const& event, U64 index ) {
-    auto spec = event.groups.begin();
-    while ( index >= spec->groups.count() ) {
-        index -= spec->groups.count();
-        ++spec;
-    }
-    return { &*spec, spec->groups.addr( index ) };
-}
-
 } // namespace Agent

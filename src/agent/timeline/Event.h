@@ -42,13 +42,4 @@ struct Event {
     bool spread = false;           ///< in a zap each host begins one group further than the one before it
 };
 
-/// A group of an event, with what the event says of it.
-struct EventGroup {
-    GroupSpec const* spec;
-    Zornet::IpAddr group;
-};
-
-/// The group of that index, counted over all entries; it must be there.
-EventGroup groupOf( Event const& event, U64 index );
-
 } // namespace Agent

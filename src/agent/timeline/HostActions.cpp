@@ -37,15 +37,15 @@ HostActions::act( Event const& event, EventCursor::Unit const& unit, IgmpHost& h
     case EventAction::set:
         setHost( host, event.values.settingsOf( static_cast<U32>( unit.hostIndex ) ) );
         break;
-    case EventAction::join: join( groupOf( event, unit.group ), host ); break;
+    case EventAction::join: join( groupsOf( event ).group( unit.group ), host ); break;
     case EventAction::leave:
         if ( event.groups.empty() ) {
             host.v3groupDelAll();
         } else {
-            host.v3groupDel( groupOf( event, unit.group ).group );
+            host.v3groupDel( groupsOf( event ).group( unit.group ).group );
         }
         break;
-    case EventAction::change: return change( groupOf( event, unit.group ), host );
+    case EventAction::change: return change( groupsOf( event ).group( unit.group ), host );
     case EventAction::enable: host.enabledIs( true ); break;
     case EventAction::disable: host.enabledIs( false ); break;
     case EventAction::add: break;
@@ -54,6 +54,11 @@ HostActions::act( Event const& event, EventCursor::Unit const& unit, IgmpHost& h
     case EventAction::flap: flap( event, unit, host ); break;
     }
     return true;
+}
+
+GroupOrder const&
+HostActions::groupsOf( Event const& event ) {
+    return groups_.try_emplace( &event, event.groups ).first->second;
 }
 
 void
@@ -76,14 +81,11 @@ HostActions::change( EventGroup const& group, IgmpHost& host ) {
 /// Nothing is kept of what a host watches: the number of the step tells.
 void
 HostActions::zap( Event const& event, EventCursor::Unit const& unit, IgmpHost& host ) {
-    U64 groups = 0;
-    for ( GroupSpec const& spec : event.groups ) {
-        groups += spec.groups.count();
-    }
+    GroupOrder const& groups = groupsOf( event );
     U64 const place = unit.step + ( event.spread ? unit.hostIndex : 0 );
-    EventGroup const next = groupOf( event, place % groups );
+    EventGroup const next = groups.group( place % groups.count() );
     if ( unit.step != 0 ) {
-        Zornet::IpAddr const last = groupOf( event, ( place - 1 ) % groups ).group;
+        Zornet::IpAddr const last = groups.group( ( place - 1 ) % groups.count() ).group;
         if ( last != next.group ) {
             host.v3groupDel( last );
         }
@@ -98,7 +100,7 @@ HostActions::flap( Event const& event, EventCursor::Unit const& unit, IgmpHost& 
         host.enabledIs( !goesDown );
         return;
     }
-    EventGroup const group = groupOf( event, unit.group );
+    EventGroup const group = groupsOf( event ).group( unit.group );
     if ( goesDown ) {
         host.v3groupDel( group.group );
     } else {

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <unordered_map>
+
 #include "agent/run/Emulation.h"
 #include "agent/timeline/EventCursor.h"
+#include "agent/timeline/GroupOrder.h"
 
 namespace Agent {
 
@@ -19,11 +22,13 @@ class HostActions {
     bool act( Event const& event, EventCursor::Unit const& unit, Igmp::IgmpHost& host );
     void add( EventCursor::Unit const& unit, Kiv::Name const& name );
     static bool change( EventGroup const& group, Igmp::IgmpHost& host );
-    static void zap( Event const& event, EventCursor::Unit const& unit, Igmp::IgmpHost& host );
-    static void flap( Event const& event, EventCursor::Unit const& unit, Igmp::IgmpHost& host );
+    void zap( Event const& event, EventCursor::Unit const& unit, Igmp::IgmpHost& host );
+    void flap( Event const& event, EventCursor::Unit const& unit, Igmp::IgmpHost& host );
+    GroupOrder const& groupsOf( Event const& event );
 
     Scenario const& scenario_;
     Igmp::IgmpHostDir& hostDir_;
+    std::unordered_map<Event const*, GroupOrder> groups_; ///< of the events that have done anything with any
 };
 
 } // namespace Agent

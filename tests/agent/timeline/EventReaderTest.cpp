@@ -245,7 +245,7 @@ TEST( EventReader, AddedHostsAreCheckedLikeTheOthers ) {
 TEST( EventReader, GroupsAreReadAsHostsHaveThem ) {
     Event const event = eventOf( "{ at: 1, join: [ 239.1.1.1, { multicastAddr: 239.2.0.0/30 } ] }" );
     EXPECT_EQ( event.groupsPerHost(), 5U );
-    EXPECT_EQ( groupOf( event, 4 ).group, Zornet::IpAddr( "239.2.0.3" ) );
+    EXPECT_EQ( event.groups.at( 1 ).groups.addr( 3 ), Zornet::IpAddr( "239.2.0.3" ) );
     EXPECT_EQ(
         eventErrors( "{ at: 1, join: 239.1.1.300 }" ),
         ":3:20: error: join: expected an IPv4 address such as 239.1.1.1, or a range such as 239.1.1.0/24 or "
