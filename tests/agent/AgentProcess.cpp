@@ -2,13 +2,17 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fstream>
+#include <sstream>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "tests/support/Paths.h"
@@ -91,6 +95,23 @@ AgentProcess::waitFor( Stream stream, std::string const& text ) {
         }
     }
     return true;
+}
+
+bool
+AgentProcess::waitUntilItWaitsToWrite( int descriptor ) const {
+    using namespace std::chrono_literals;
+    auto const end = std::chrono::steady_clock::now() + 30s;
+    std::string const wanted =
+        ( std::ostringstream() << SYS_write << " 0x" << std::hex << descriptor << ' ' ).str();
+    while ( std::chrono::steady_clock::now() < end ) {
+        std::ifstream call( "/proc/" + std::to_string( process_ ) + "/syscall" );
+        std::string line;
+        if ( std::getline( call, line ) && line.starts_with( wanted ) ) {
+            return true;
+        }
+        std::this_thread::yield();
+    }
+    return false;
 }
 
 void

@@ -24,6 +24,8 @@ class AgentProcess {
     bool waitFor( Stream stream, std::string const& text );
     /// All that has been written so far.
     std::string const& written( Stream stream ) const { return written_.at( stream ); }
+    /// Waits until the process waits for room in that file, at most for so long that it never will.
+    bool waitUntilItWaitsToWrite( int descriptor ) const;
     void signal( int number ) const;
     pid_t id() const { return process_; }
     /// Memory that it has at present.

@@ -1,12 +1,13 @@
 #include "agent/run/PromptEnd.h"
 
+#include <poll.h>
 #include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <string_view>
-#include <system_error>
 
 namespace Agent {
 
@@ -16,7 +17,8 @@ namespace {
 sigset_t endingSignals;
 volatile sig_atomic_t isAllowed = 0;
 volatile sig_atomic_t seenBefore = 0;
-void ( *volatile lastAct )() = nullptr;
+std::atomic<void ( * )()> lastAct = nullptr;
+static_assert( decltype( lastAct )::is_always_lock_free );
 
 /// One of the signals that end the process and wait; 0 for none.
 int
@@ -31,19 +33,37 @@ waitingSignal() {
     return 0;
 }
 
+/// The signals have their usual effect again. Those that wait are dropped.
+void
+letSignalsEnd() {
+    for ( int const signal : { SIGINT, SIGTERM, SIGHUP } ) {
+        if ( sigismember( &endingSignals, signal ) == 1 ) {
+            std::signal( signal, SIG_IGN );
+            std::signal( signal, SIG_DFL );
+        }
+    }
+    pthread_sigmask( SIG_UNBLOCK, &endingSignals, nullptr );
+}
+
+/// The standard error may be what nobody reads.
+bool
+canTell() {
+    pollfd errors{ STDERR_FILENO, POLLOUT, 0 };
+    return poll( &errors, 1, 0 ) == 1;
+}
+
 [[noreturn]] void
 endBy( int signal ) {
     constexpr std::string_view told =
         "igmphost: ended at once, in the midst of work; no status, report or summary is written\n";
-    if ( lastAct ) {
-        lastAct();
+    letSignalsEnd();
+    if ( void ( *const act )() = lastAct ) {
+        act();
     }
-    [[maybe_unused]] ssize_t const written = write( STDERR_FILENO, told.data(), told.size() );
-    std::signal( signal, SIG_DFL );
-    sigset_t one;
-    sigemptyset( &one );
-    sigaddset( &one, signal );
-    pthread_sigmask( SIG_UNBLOCK, &one, nullptr ); // here it comes
+    if ( canTell() ) {
+        [[maybe_unused]] ssize_t const written = write( STDERR_FILENO, told.data(), told.size() );
+    }
+    std::raise( signal );
     _exit( 128 + signal );
 }
 
@@ -74,29 +94,40 @@ PromptEnd::PromptEnd( std::vector<int> const& signals, double interval ) {
     }
     seenBefore = 0;
     isAllowed = 1;
-    struct sigaction action {};
-    action.sa_handler = look;
-    action.sa_flags = SA_RESTART;
-    sigaction( SIGALRM, &action, &outer_ );
     sigevent event{};
     event.sigev_notify = SIGEV_THREAD_ID;
     event.sigev_signo = SIGALRM;
     event._sigev_un._tid = gettid();
-    if ( timer_create( CLOCK_THREAD_CPUTIME_ID, &event, &timer_ ) != 0 ) {
-        throw std::system_error( errno, std::generic_category(), "timer_create" );
+    timer_t timer{};
+    if ( timer_create( CLOCK_MONOTONIC, &event, &timer ) != 0 ) {
+        return;
     }
+    timer_ = timer;
+    struct sigaction action {};
+    action.sa_handler = look;
+    action.sa_flags = SA_RESTART;
+    sigaction( SIGALRM, &action, &outer_ );
     itimerspec const often{ timespecOf( interval ), timespecOf( interval ) };
-    timer_settime( timer_, 0, &often, nullptr );
+    timer_settime( timer, 0, &often, nullptr );
 }
 
 PromptEnd::~PromptEnd() {
-    timer_delete( timer_ );
-    sigaction( SIGALRM, &outer_, nullptr );
+    if ( timer_ ) {
+        timer_delete( *timer_ );
+        sigaction( SIGALRM, &outer_, nullptr );
+    }
 }
 
 void
 PromptEnd::allowedIs( bool allowed ) {
+    isAllowed = 0;
+    forgetSeen();
     isAllowed = allowed ? 1 : 0;
+}
+
+void
+PromptEnd::forgetSeen() {
+    seenBefore = 0;
 }
 
 void

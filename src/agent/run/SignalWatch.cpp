@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <system_error>
 
+#include "agent/run/PromptEnd.h"
+
 namespace Agent {
 
 SignalWatch::SignalWatch( std::vector<int> const& signals, std::function<void( int )> handler )
@@ -24,15 +26,26 @@ SignalWatch::SignalWatch( std::vector<int> const& signals, std::function<void( i
 
 SignalWatch::~SignalWatch() {
     Kiv::defaultActivity()->activitySm().ioHandlerDel( descriptor_.get() );
+    while ( take() != 0 ) { // one that came since the last turn would end the process
+    }
     pthread_sigmask( SIG_SETMASK, &outerMask_, nullptr );
 }
 
 void
 SignalWatch::handleIo( Kiv::U32 ) {
-    signalfd_siginfo info;
-    while ( read( descriptor_.get(), &info, sizeof info ) == static_cast<ssize_t>( sizeof info ) ) {
-        handler_( static_cast<int>( info.ssi_signo ) );
+    while ( int const signal = take() ) {
+        handler_( signal );
     }
+}
+
+/// One of those that wait; 0 where none does.
+int
+SignalWatch::take() {
+    signalfd_siginfo info;
+    PromptEnd::forgetSeen();
+    ssize_t const bytes = read( descriptor_.get(), &info, sizeof info );
+    PromptEnd::forgetSeen(); // a look may have come before the signal was taken
+    return bytes == static_cast<ssize_t>( sizeof info ) ? static_cast<int>( info.ssi_signo ) : 0;
 }
 
 } // namespace Agent

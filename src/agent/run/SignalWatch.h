@@ -10,7 +10,7 @@
 namespace Agent {
 
 /// Takes signals in the turns of the default activity, in place of whatever they would do otherwise, as long
-/// as it lives.
+/// as it lives. Those that have not been taken by then are dropped.
 class SignalWatch : private Kiv::IoHandler {
   public:
     SignalWatch( std::vector<int> const& signals, std::function<void( int signal )> handler );
@@ -23,6 +23,7 @@ class SignalWatch : private Kiv::IoHandler {
 
   private:
     void handleIo( Kiv::U32 events ) override;
+    int take();
 
     std::function<void( int )> const handler_;
     sigset_t outerMask_{};

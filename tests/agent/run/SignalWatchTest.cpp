@@ -1,6 +1,7 @@
 #include "agent/run/SignalWatch.h"
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 namespace Agent {
 
@@ -46,6 +47,17 @@ TEST( SignalWatch, EndLeavesSignalsAsTheyWere ) {
     pthread_sigmask( SIG_BLOCK, nullptr, &after );
     EXPECT_EQ( sigismember( &before, SIGUSR1 ), 0 );
     EXPECT_EQ( sigismember( &after, SIGUSR1 ), 0 );
+}
+
+TEST( SignalWatch, SignalThatCameTooLateToBeTakenIsDropped ) {
+    auto const run = [] {
+        {
+            SignalWatch const watch( { SIGTERM }, []( int ) {} );
+            std::raise( SIGTERM );
+        }
+        _exit( 3 );
+    };
+    EXPECT_EXIT( run(), ::testing::ExitedWithCode( 3 ), "" );
 }
 
 } // namespace

@@ -1,10 +1,12 @@
 #include <gmock/gmock.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "tests/agent/AgentProcess.h"
+#include "tests/agent/FullPipe.h"
 #include "tests/agent/TemporaryFolder.h"
 #include "tests/support/Paths.h"
 
@@ -239,6 +241,22 @@ TEST_F( Simulate, EveryExampleRunsAndMeetsWhatItExpects ) {
             EXPECT_EQ( agent.exitStatus(), 0 ) << entry.path() << agent.written( AgentProcess::errors );
         }
     }
+}
+
+TEST_F( Simulate, SignalEndsItSoonWhereNobodyReadsWhatItWrites ) {
+    FullPipe const pipe( folder_.file( "pipe" ) );
+    AgentProcess agent(
+        { "run", "--simulate", scenario( "" ), "--duration", "1000", "--status-interval", "1" },
+        { "sh", "-c", "exec \"$@\" > " + pipe.path(), "sh" }
+    );
+    ASSERT_TRUE( agent.waitUntilItWaitsToWrite( STDOUT_FILENO ) );
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), -SIGINT );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        ::testing::EndsWith( "igmphost: ended at once, in the midst of work; no status, report or summary is "
+                             "written\n" )
+    );
 }
 
 } // namespace
