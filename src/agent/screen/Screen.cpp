@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -15,6 +16,7 @@
 // Last, and without its macros: they bear the names of common functions.
 #define NCURSES_NOMACROS
 #include <ncurses.h>
+#include <term.h>
 
 namespace Agent {
 
@@ -55,15 +57,46 @@ class ErrorsApart {
 
 ErrorsApart errorsApart;
 
+// What leaveAtOnce() knows.
+std::string farewell;
+std::optional<termios> outerModes;
+
 void
-leaveTerminal() {
-    endwin();
+farewellAdd( char const* text ) {
+    tputs( text, 1, []( int character ) {
+        farewell += static_cast<char>( character );
+        return character;
+    } );
+}
+
+/// Of the terminal that has just been opened.
+void
+prepareFarewell() {
+    farewell.clear();
+    auto const isText = []( char const* text ) { return text && text != reinterpret_cast<char*>( -1 ); };
+    if ( char const* const at = tigetstr( "cup" ); isText( at ) ) {
+        farewellAdd( tiparm( at, LINES - 1, 0 ) );
+    }
+    for ( char const* const capability : { "cnorm", "rmcup" } ) {
+        if ( char const* const text = tigetstr( capability ); isText( text ) ) {
+            farewellAdd( text );
+        }
+    }
+}
+
+/// Leaves the terminal in the midst of anything, even of drawing, where endwin() might wait for ever.
+void
+leaveAtOnce() {
+    [[maybe_unused]] ssize_t const told = write( STDOUT_FILENO, farewell.data(), farewell.size() );
+    if ( outerModes ) {
+        tcsetattr( STDOUT_FILENO, TCSANOW, &*outerModes );
+    }
     errorsApart.end();
 }
 
 void
 handleAbort( int signal ) {
-    leaveTerminal();
+    leaveAtOnce();
     std::signal( signal, SIG_DFL );
     std::raise( signal );
 }
@@ -119,15 +152,21 @@ Screen::handleEnded() {
 
 void
 Screen::open() {
-    if ( open_ || !newterm( nullptr, stdout, stdin ) ) {
+    if ( open_ ) {
+        return;
+    }
+    termios modes{};
+    outerModes = tcgetattr( STDOUT_FILENO, &modes ) == 0 ? std::optional( modes ) : std::nullopt;
+    if ( !newterm( nullptr, stdout, stdin ) ) {
         return;
     }
     open_ = true;
+    prepareFarewell();
     cbreak();
     noecho();
     curs_set( 0 );
     std::signal( SIGABRT, handleAbort );
-    PromptEnd::lastActIs( leaveTerminal );
+    PromptEnd::lastActIs( leaveAtOnce );
     if ( isatty( STDERR_FILENO ) == 1 ) {
         context_.messages.displayIs( [this]( std::string const& line ) { messageIs( line ); } );
         errorsApart.begin();
@@ -144,7 +183,8 @@ Screen::close() {
     std::signal( SIGABRT, SIG_DFL );
     PromptEnd::lastActIs( nullptr );
     flushinp();
-    leaveTerminal();
+    endwin();
+    errorsApart.end();
     context_.messages.displayIs( nullptr );
     for ( std::string const& line : messages_ ) {
         std::cerr << line << '\n';
