@@ -50,13 +50,21 @@ Expectations::elapsed() const {
 void
 Expectations::handleTimer() {
     Kiv::Seconds const now = elapsed();
-    while ( !looks_.empty() && looks_.top().time + after / 2 <= now ) {
+    while ( !looks_.empty() && looks_.top().time + after / 2 <= now && !isBehind( looks_.top().time ) ) {
         Look const next = looks_.top();
         looks_.pop();
         look( next.expectation, next.time, false );
     }
     arm();
     endIfDecided();
+}
+
+/// Whether something that was to happen by then has not happened yet: there may be more of it than a turn can
+/// do.
+bool
+Expectations::isBehind( Kiv::Seconds time ) const {
+    std::optional<NextEvent> const next = context_.nextEvent ? context_.nextEvent() : std::nullopt;
+    return next && next->time <= context_.started + time + after / 2;
 }
 
 void

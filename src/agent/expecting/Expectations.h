@@ -37,6 +37,7 @@ class Expectations : public RunPart {
     Kiv::Seconds elapsed() const;
     void arm();
     void handleTimer();
+    bool isBehind( Kiv::Seconds time ) const;
     void look( std::size_t index, Kiv::Seconds time, bool isLast );
     void decide( std::size_t index, std::vector<std::string> shortfalls );
     void endIfDecided() const;

@@ -159,6 +159,10 @@ ExitStatus
 Runner::run() {
     keepCapabilities( runCapabilities( context_.options, context_.scenario ) );
     context_.nextEvent = [this] { return nextEvent(); };
+    context_.isToEnd = [this] {
+        signals_.look();
+        return startUp_.isStopped();
+    };
     startUp_.load();
     for ( auto const& part : parts_ ) {
         part->handleLoaded();

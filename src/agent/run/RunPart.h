@@ -28,6 +28,8 @@ struct RunContext {
     Messages& messages;
     /// What any part plans to do first of all; none where there is no plan. May be empty.
     std::function<std::optional<NextEvent>()> nextEvent{};
+    /// Looks whether somebody wants the run to end, outside of any turn. May be empty.
+    std::function<bool()> isToEnd{};
     Kiv::Seconds started = 0.0;                  ///< when the hosts were started, on the clock of Kiv::now()
     std::vector<Lab::Querier const*> queriers{}; ///< that run beside the hosts
     std::set<std::string> farEnds{};             ///< their devices, by deviceLabel(), that no host sits on

@@ -1,8 +1,10 @@
 #include "agent/timeline/Timeline.h"
 
+#include <algorithm>
 #include <iostream>
 
 #include "agent/output/Grouped.h"
+#include "platform/kiv/Clock.h"
 
 namespace Agent {
 
@@ -10,6 +12,8 @@ namespace {
 
 /// Times are sums of decimal fractions; the timer wheel knows microseconds.
 constexpr Kiv::Seconds tolerance = Kiv::ActivitySm::tick / 2;
+
+constexpr U64 unitsPerTurn = 1000;
 
 /// Far from each other for events that are neighbours.
 U64
@@ -57,25 +61,45 @@ Timeline::nextEvent() const {
 }
 
 void
+Timeline::handleTimeOver() {
+    if ( context_.scenario.duration && !isToEnd() ) {
+        auto const isDone = [this] { return !isDue( *context_.scenario.duration + tolerance ); };
+        Kiv::defaultActivity()->activitySm().runUntil( isDone );
+    }
+    timer_->stop();
+}
+
+/// What is left over is due already, so it goes on in the next turn.
+void
 Timeline::handleTimer() {
-    Kiv::Seconds const now = Kiv::now() - context_.started + tolerance;
-    while ( !queue_.empty() && queue_.top().time <= now ) {
+    Kiv::Seconds const end = context_.scenario.duration.value_or( Kiv::never ); // nothing comes behind it
+    Kiv::Seconds const now = std::min( Kiv::now() - context_.started, end ) + tolerance;
+    unitsLeft_ = unitsPerTurn;
+    while ( isDue( now ) && mayGoOn() ) {
         std::size_t const cursor = queue_.top().cursor;
         queue_.pop();
         play( cursor, now );
         queue( cursor );
     }
-    if ( !queue_.empty() ) {
+    if ( isDue( end + tolerance ) ) {
         timer_->timeMinIs( context_.started + queue_.top().time );
     }
 }
 
-/// One step at most, so that events of one time take turns.
+bool
+Timeline::mayGoOn() {
+    if ( unitsLeft_ == 0 && Kiv::clock().isSimulated() && !isToEnd() ) {
+        unitsLeft_ = unitsPerTurn;
+    }
+    return unitsLeft_ != 0;
+}
+
+/// One step at most, so that events of one time take turns, and no more than may be done in this turn.
 void
 Timeline::play( std::size_t cursor, Kiv::Seconds now ) {
     EventCursor& at = cursors_[cursor];
     Misses& misses = misses_[cursor];
-    for ( bool ends = false; !ends && at.time() <= now; ) {
+    for ( bool ends = false; !ends && at.time() <= now && unitsLeft_ != 0; --unitsLeft_ ) {
         Kiv::Seconds const time = at.time();
         EventCursor::Unit const unit = at.take();
         ++misses.units;

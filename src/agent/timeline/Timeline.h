@@ -9,8 +9,10 @@
 namespace Agent {
 
 /// Plays the events of a scenario on the clock of its hosts. What is due at one time is done in the order of
-/// the scenario. There is one timer, and one cursor for each event, however many hosts and groups it is
-/// about.
+/// the scenario, and before all that is due later, however long it takes: after so many hosts or groups the
+/// rest is left to the next turn, so that whoever asks meanwhile is answered and whoever wants the end is
+/// heard. In simulated time a turn would move the clock: only whoever wants the end is heard there. There is
+/// one timer, and one cursor for each event, however many hosts and groups it is about.
 class Timeline : public RunPart {
   public:
     /// What happens next.
@@ -22,7 +24,8 @@ class Timeline : public RunPart {
     explicit Timeline( RunContext const& context );
 
     void handleStarted() override;
-    void handleTimeOver() override { timer_->stop(); }
+    /// Does what was due before the end, unless somebody wants the end.
+    void handleTimeOver() override;
 
     std::optional<Next> next() const;
     std::optional<NextEvent> nextEvent() const override;
@@ -38,6 +41,9 @@ class Timeline : public RunPart {
     };
 
     void handleTimer();
+    bool isDue( Kiv::Seconds time ) const { return !queue_.empty() && queue_.top().time <= time; }
+    bool mayGoOn();
+    bool isToEnd() const { return context_.isToEnd && context_.isToEnd(); }
     void play( std::size_t cursor, Kiv::Seconds now );
     void queue( std::size_t cursor );
     void tellMisses( std::size_t cursor );
@@ -55,6 +61,7 @@ class Timeline : public RunPart {
     std::vector<Misses> misses_;
     std::priority_queue<Entry, std::vector<Entry>, std::greater<>> queue_;
     Kiv::Ptr<Lab::Timer> timer_;
+    U64 unitsLeft_ = 0; ///< that may still be done in this turn
 };
 
 } // namespace Agent
