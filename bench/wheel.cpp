@@ -38,21 +38,24 @@ ourWheel( Bench::TimerLoad const& load ) {
 
 void
 measure( Bench::Figures& figures, Bench::Effort const& effort ) {
-    std::vector<double> ours, map, heap, asio;
+    std::vector<double> ours, map, heap, asio, asioAtOnce;
     for ( unsigned i = 0; i < effort.runs; ++i ) {
         Bench::TimerLoad const load( 1'000'000, i + 1 );
         ours.push_back( ourWheel( load ) );
         if ( !effort.quick ) {
             map.push_back( Bench::multimapTimers( load ) );
+            asioAtOnce.push_back( Bench::asioTimers( load, Bench::Firing::allAtOnce ) );
         }
         heap.push_back( Bench::priorityQueueTimers( load ) );
-        asio.push_back( Bench::asioTimers( load ) );
+        asio.push_back( Bench::asioTimers( load, Bench::Firing::inTime ) );
     }
     figures.add( "timing wheel, per operation", "ns", ours );
     figures.add( "std::priority_queue with lazy cancel, per operation", "ns", heap );
     figures.add( "Asio's timers, per operation", "ns", asio );
     if ( !effort.quick ) {
+        figures.add( "Asio's timers, all overdue at once, per operation", "ns", asioAtOnce );
         figures.add( "std::multimap, per operation", "ns", map );
+        figures.add( "Asio, all overdue at once, beside wheel", "times", Bench::ratios( asioAtOnce, ours ) );
         figures.add( "multimap beside wheel", "times", Bench::ratios( map, ours ) );
     }
     figures.add( "priority_queue beside wheel", "times", Bench::ratios( heap, ours ), Bench::atLeast( 3.0 ) );

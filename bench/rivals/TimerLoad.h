@@ -55,7 +55,10 @@ struct TimerLoad {
 double multimapTimers( TimerLoad const& load );
 /// std::priority_queue in which a cancelled entry stays until its time has come.
 double priorityQueueTimers( TimerLoad const& load );
+/// When timers fire: each when its time has come, or all once the last is due, which leaves a reactor nothing
+/// to wait for.
+enum class Firing { inTime, allAtOnce };
 /// Asio's steady_timer, each allocated by itself as the hosts' timers are.
-double asioTimers( TimerLoad const& load );
+double asioTimers( TimerLoad const& load, Firing firing );
 
 } // namespace Bench
