@@ -72,13 +72,10 @@ connectedTo( std::string const& path, Kiv::Seconds patience ) {
 ControlClient::ControlClient( std::string const& path, Kiv::Seconds patience )
     : path_( path ),
       patience_( patience ),
-      signals_(
-          { SIGINT, SIGTERM },
-          [this]( int ) {
-              isInterrupted_ = true;
-              Kiv::defaultActivity()->activitySm().stop();
-          }
-      ),
+      signals_( [this] {
+          isInterrupted_ = true;
+          Kiv::defaultActivity()->activitySm().stop();
+      } ),
       hostDir_( Igmp::igmpHostDirFactory( "hosts" ) ),
       statusDir_( Igmp::igmpHostStatusDirFactory( "status" ) ),
       connection_( new Kiv::Connection(

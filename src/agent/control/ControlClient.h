@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "agent/run/SignalWatch.h"
+#include "agent/run/EndSignals.h"
 #include "model/IgmpHostDir.h"
 #include "model/IgmpHostStatusDir.h"
 #include "platform/kiv/Connection.h"
@@ -40,7 +40,7 @@ class ControlClient {
     std::string const path_;
     Kiv::Seconds const patience_;
     bool isInterrupted_ = false;
-    SignalWatch const signals_;
+    EndSignals const signals_;
     Kiv::Ptr<Igmp::IgmpHostDir> const hostDir_;
     Kiv::Ptr<Igmp::IgmpHostStatusDir> const statusDir_;
     Kiv::Ptr<Kiv::Connection> const connection_;

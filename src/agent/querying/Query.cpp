@@ -1,7 +1,6 @@
 #include "agent/querying/Query.h"
 
 #include <algorithm>
-#include <csignal>
 #include <iostream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -10,8 +9,8 @@
 #include "agent/querying/DeviceQuerier.h"
 #include "agent/querying/MembershipLog.h"
 #include "agent/querying/QuerierReport.h"
+#include "agent/run/EndSignals.h"
 #include "agent/run/Privileges.h"
-#include "agent/run/SignalWatch.h"
 #include "lab/Timer.h"
 
 namespace Agent {
@@ -70,7 +69,7 @@ ExitStatus
 perform( QueryOptions const& options, Lab::QuerierConfig const& config ) {
     TraceConsole const console( std::cerr, options.traces );
     Kiv::ActivitySm& activity = Kiv::defaultActivity()->activitySm();
-    SignalWatch const signals( { SIGINT, SIGTERM }, [&activity]( int ) { activity.stop(); } );
+    EndSignals const signals( [&activity] { activity.stop(); } );
     Kiv::Ptr<Lumo::TimerWheel> const wheel( new Lumo::TimerWheel );
     DeviceQuerier const querier( options.device.c_str(), options.ns, config, wheel );
     if ( options.once ) {

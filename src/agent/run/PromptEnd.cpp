@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 namespace Agent {
 
@@ -15,8 +16,9 @@ namespace {
 
 // What the handler knows, which runs in the midst of anything.
 sigset_t endingSignals;
-volatile sig_atomic_t isAllowed = 0;
+volatile sig_atomic_t allowedNow = 0; // a PromptEnd::Allowed
 volatile sig_atomic_t seenBefore = 0;
+long workedBefore = 0;
 std::atomic<void ( * )()> lastAct = nullptr;
 static_assert( decltype( lastAct )::is_always_lock_free );
 
@@ -67,11 +69,27 @@ endBy( int signal ) {
     _exit( 128 + signal );
 }
 
+/// Whether the thread has done next to nothing since this was asked last.
+bool
+hasWaited() {
+    constexpr long leastWork = 10; // in milliseconds
+    timespec time{};
+    clock_gettime( CLOCK_THREAD_CPUTIME_ID, &time );
+    long const worked = time.tv_sec * 1000 + time.tv_nsec / 1'000'000;
+    return worked - std::exchange( workedBefore, worked ) < leastWork;
+}
+
+bool
+isAllowed( PromptEnd::Allowed where ) {
+    return allowedNow == static_cast<sig_atomic_t>( where );
+}
+
 void
 look( int ) {
     int const errorBefore = errno;
-    int const signal = isAllowed ? waitingSignal() : 0;
-    if ( signal != 0 && seenBefore == signal ) {
+    int const signal = isAllowed( PromptEnd::Allowed::never ) ? 0 : waitingSignal();
+    bool const waited = hasWaited();
+    if ( signal != 0 && seenBefore == signal && ( waited || isAllowed( PromptEnd::Allowed::always ) ) ) {
         endBy( signal );
     }
     seenBefore = signal;
@@ -92,8 +110,7 @@ PromptEnd::PromptEnd( std::vector<int> const& signals, double interval ) {
     for ( int const signal : signals ) {
         sigaddset( &endingSignals, signal );
     }
-    seenBefore = 0;
-    isAllowed = 1;
+    allowedIs( Allowed::always );
     sigevent event{};
     event.sigev_notify = SIGEV_THREAD_ID;
     event.sigev_signo = SIGALRM;
@@ -119,10 +136,10 @@ PromptEnd::~PromptEnd() {
 }
 
 void
-PromptEnd::allowedIs( bool allowed ) {
-    isAllowed = 0;
+PromptEnd::allowedIs( Allowed allowed ) {
+    allowedNow = static_cast<sig_atomic_t>( Allowed::never );
     forgetSeen();
-    isAllowed = allowed ? 1 : 0;
+    allowedNow = static_cast<sig_atomic_t>( allowed );
 }
 
 void

@@ -13,6 +13,13 @@ namespace Agent {
 /// never notices. There is one at a time.
 class PromptEnd {
   public:
+    /// Where it may happen.
+    enum class Allowed {
+        never,
+        whereItWaits, ///< not in the midst of work, however long that takes
+        always
+    };
+
     /// Looks every so many seconds. A signal that is seen twice in a row, and was not taken in between, ends
     /// the process, as it would if nobody watched it. Where the system refuses a timer it never does.
     ///
@@ -24,8 +31,8 @@ class PromptEnd {
     PromptEnd( PromptEnd const& ) = delete;
     PromptEnd& operator=( PromptEnd const& ) = delete;
 
-    /// Whether it may happen; at first it may.
-    void allowedIs( bool allowed );
+    /// At first it may happen always.
+    void allowedIs( Allowed allowed );
     /// What is to be done before such an end, in the midst of anything: async-signal-safe. Null for nothing.
     /// A second signal ends it too.
     static void lastActIs( void ( *act )() );

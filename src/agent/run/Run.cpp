@@ -176,7 +176,8 @@ Runner::run() {
     if ( !startUp_.isStopped() ) {
         Kiv::defaultActivity()->activitySm().runFor( context_.scenario.duration.value_or( Kiv::never ) );
     }
-    promptEnd_.allowedIs( false ); // a second Ctrl-C is not to cost what is written from here on
+    // A second Ctrl-C is not to cost what is written from here on, unless nobody reads it.
+    promptEnd_.allowedIs( PromptEnd::Allowed::whereItWaits );
     for ( auto const& part : parts_ ) {
         part->handleTimeOver();
     }
@@ -194,11 +195,11 @@ Runner::run() {
 void
 Runner::handleSignal( int signal ) {
     if ( signal == SIGUSR1 ) {
-        promptEnd_.allowedIs( false );
+        promptEnd_.allowedIs( PromptEnd::Allowed::whereItWaits );
         for ( auto const& part : parts_ ) {
             part->handleStatusWanted();
         }
-        promptEnd_.allowedIs( true );
+        promptEnd_.allowedIs( PromptEnd::Allowed::always );
     } else {
         startUp_.stop();
         Kiv::defaultActivity()->activitySm().stop();
@@ -208,11 +209,11 @@ Runner::handleSignal( int signal ) {
 void
 Runner::leave() {
     std::cerr << "igmphost: leaving every group; Ctrl-C ends at once" << std::endl;
-    promptEnd_.allowedIs( true );
+    promptEnd_.allowedIs( PromptEnd::Allowed::always );
     if ( !Leaving( emulation_, wheel_ ).run() ) {
         std::cerr << "igmphost: ended before every leave was told" << std::endl;
     }
-    promptEnd_.allowedIs( false );
+    promptEnd_.allowedIs( PromptEnd::Allowed::whereItWaits );
 }
 
 void

@@ -1,13 +1,12 @@
 #include "agent/watching/Watch.h"
 
-#include <csignal>
 #include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "agent/devices/DeviceFacts.h"
 #include "agent/output/Grouped.h"
+#include "agent/run/EndSignals.h"
 #include "agent/run/Privileges.h"
-#include "agent/run/SignalWatch.h"
 #include "agent/watching/LiveCapture.h"
 #include "agent/watching/SeenMessage.h"
 #include "platform/zornet/device/LinkMonitor.h"
@@ -30,7 +29,7 @@ class Watcher : private Zornet::LinkHandler {
 
     WatchOptions const& options_;
     Kiv::ActivitySm& activity_ = Kiv::defaultActivity()->activitySm();
-    SignalWatch const signals_{ { SIGINT, SIGTERM }, [this]( int ) { activity_.stop(); } };
+    EndSignals const signals_{ [this] { activity_.stop(); } };
     Zornet::U64 seen_ = 0;
     bool isUp_ = true;
     ExitStatus status_ = exitDone;

@@ -124,7 +124,7 @@ TEST( PromptEnd, OtherSignalsDoNot ) {
 
 TEST( PromptEnd, WhereItIsNotAllowedTheSignalWaits ) {
     auto const run = []( PromptEnd& end ) {
-        end.allowedIs( false );
+        end.allowedIs( PromptEnd::Allowed::never );
         std::raise( SIGINT );
         look();
         look();
@@ -132,12 +132,42 @@ TEST( PromptEnd, WhereItIsNotAllowedTheSignalWaits ) {
     EXPECT_EXIT( inAProcess( run ), ::testing::ExitedWithCode( 0 ), "" );
 }
 
+/// The processor's time goes on while the thread works, and not while it waits.
+void
+work() {
+    std::clock_t const begin = std::clock();
+    while ( std::clock() < begin + CLOCKS_PER_SEC / 20 ) {
+    }
+}
+
+TEST( PromptEnd, WhereItMayEndWaitingAloneWorkGoesOn ) {
+    auto const run = []( PromptEnd& end ) {
+        end.allowedIs( PromptEnd::Allowed::whereItWaits );
+        std::raise( SIGINT );
+        look();
+        work();
+        look();
+    };
+    EXPECT_EXIT( inAProcess( run ), ::testing::ExitedWithCode( 0 ), "" );
+}
+
+TEST( PromptEnd, WhereItMayEndWaitingAloneItDoes ) {
+    auto const run = []( PromptEnd& end ) {
+        end.allowedIs( PromptEnd::Allowed::whereItWaits );
+        work();
+        std::raise( SIGINT );
+        look();
+        look();
+    };
+    EXPECT_EXIT( inAProcess( run ), ::testing::KilledBySignal( SIGINT ), "" );
+}
+
 TEST( PromptEnd, WhereItIsAllowedAgainItBeginsAnew ) {
     auto const run = []( PromptEnd& end ) {
         std::raise( SIGINT );
         look();
-        end.allowedIs( false );
-        end.allowedIs( true );
+        end.allowedIs( PromptEnd::Allowed::never );
+        end.allowedIs( PromptEnd::Allowed::always );
         look();
     };
     EXPECT_EXIT( inAProcess( run ), ::testing::ExitedWithCode( 0 ), "" );

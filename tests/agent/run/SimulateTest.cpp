@@ -259,6 +259,30 @@ TEST_F( Simulate, SignalEndsItSoonWhereNobodyReadsWhatItWrites ) {
     );
 }
 
+TEST_F( Simulate, SignalEndsALastStatusThatNobodyReads ) {
+    FullPipe const pipe( folder_.file( "pipe" ) );
+    AgentProcess agent(
+        { "run", "--simulate", scenario( "" ), "--duration", "10", "--status", "-", "--quiet" },
+        { "sh", "-c", "exec \"$@\" > " + pipe.path(), "sh" }
+    );
+    ASSERT_TRUE( agent.waitUntilItWaitsToWrite( STDOUT_FILENO ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), -SIGTERM );
+}
+
+/// A template makes that many groups in one call.
+TEST_F( Simulate, SignalEndsACallThatGoesOnForLong ) {
+    AgentProcess agent( { "run", "--simulate", "--duration", "10",
+                          folder_.fileWith(
+                              "long.yaml", "hosts: [ { name: rx, groups: { multicastAddr: 224.1.0.0, "
+                                           "replicate: true, replicateNumber: 8000000 } } ]\n"
+                          ) } );
+    ASSERT_TRUE( agent.waitFor( AgentProcess::errors, "igmphost: 1 host for 10 s\n" ) );
+    agent.signal( SIGINT );
+    EXPECT_EQ( agent.exitStatus(), -SIGINT );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), ::testing::HasSubstr( "ended at once" ) );
+}
+
 } // namespace
 
 } // namespace Agent

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/agent/CableTest.h"
+#include "tests/agent/FullPipe.h"
 
 namespace Agent {
 
@@ -87,6 +88,24 @@ TEST_F( Watch, StandardOutputThatCannotBeWrittenIsAFailure ) {
                 "igmphost: error: cannot write the standard output: No space left on device\n"
             )
         );
+    }
+}
+
+TEST_F( Watch, SignalEndsItAndOtherVerbsWhoseOutputNobodyReads ) {
+    FullPipe const pipe( folder_.file( "pipe" ) );
+    std::vector<std::string> const toPipe{ "sh", "-c", "exec \"$@\" >" + pipe.path(), "sh" };
+    AgentProcess watch( atFarEnd( { "watch" } ), toPipe );
+    ASSERT_TRUE( hasBegun( watch ) );
+    AgentProcess hosts( { "run", scenario(), "--control", folder_.file( "socket" ) } );
+    ASSERT_TRUE( hasBegun( hosts ) );
+    AgentProcess query( atFarEnd( { "query", "--once", "--response-time", "0.1" } ), toPipe );
+    AgentProcess shown( { "ctl", folder_.file( "socket" ), "show", "rx-1" }, toPipe );
+    for ( AgentProcess* const agent : { &watch, &query, &shown } ) {
+        EXPECT_TRUE( agent->waitUntilItWaitsToWrite( STDOUT_FILENO ) );
+        agent->signal( SIGINT );
+    }
+    for ( AgentProcess* const agent : { &watch, &query, &shown } ) {
+        EXPECT_EQ( agent->exitStatus(), -SIGINT );
     }
 }
 
