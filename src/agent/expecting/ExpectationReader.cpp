@@ -13,14 +13,12 @@ namespace {
 constexpr char notNegative[] = R"({"type":"number","minimum":0})";
 constexpr char groupsSchema[] = R"({"$ref":"#/definitions/groups"})";
 constexpr char textSchema[] = R"({"type":["string","integer"],"minLength":1})";
-constexpr char comparisonSchema[] =
-    R"({"anyOf":[{"type":"integer","minimum":0},{"type":"string","pattern":"^([=!<>]=|[<>])? *[0-9]+$"}]})";
 
 constexpr KeyRow joinedRow{ "joined", "Groups that are to be known, with these sources where it names any",
                             groupsSchema };
 constexpr KeyRow notJoinedRow{ "notJoined", "Groups that are not to be known", groupsSchema };
 constexpr KeyRow groupCountRow{ "groupCount", "How many groups are to be known, such as 3 or '>= 3'",
-                                comparisonSchema };
+                                R"({"$ref":"#/definitions/comparison"})" };
 
 /// The work on one entry.
 class ExpectationReader {
@@ -61,10 +59,10 @@ ExpectationReader::readKey( YamlField const& field ) {
         readText( field, expectation_.name );
     } else if ( field.key == "at" ) {
         hasTime_ = true;
-        expectation_.time = file_.yaml.readParsed( field, notNegativeSeconds );
+        expectation_.time = file_.yaml.readUnquoted( field, notNegativeSeconds );
     } else if ( field.key == "within" ) {
         within_ = field;
-        expectation_.within = file_.yaml.readParsed( field, notNegativeSeconds ).value_or( 0.0 );
+        expectation_.within = file_.yaml.readUnquoted( field, notNegativeSeconds ).value_or( 0.0 );
     } else if ( field.key == "hosts" ) {
         hosts_ = field;
         expectation_.hosts = readHostNames( file_.yaml, field );

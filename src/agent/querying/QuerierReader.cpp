@@ -52,7 +52,7 @@ Reading::readKey( YamlField const& field ) {
 
 bool
 Reading::readTime( YamlField const& field ) {
-    std::optional<Kiv::Seconds> const time = file.yaml.readParsed( field, durationOf );
+    std::optional<Kiv::Seconds> const time = file.yaml.readUnquoted( field, durationOf );
     if ( !time ) {
         return false;
     }

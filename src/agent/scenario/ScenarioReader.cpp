@@ -151,7 +151,7 @@ Reading::readSeed( ScenarioFile& file, YamlField const& field ) {
 void
 Reading::readDuration( ScenarioFile& file, YamlField const& field ) {
     if ( isFirst( file, field ) ) {
-        scenario_.duration = file.yaml.readParsed( field, durationOf );
+        scenario_.duration = file.yaml.readUnquoted( field, durationOf );
     }
 }
 

@@ -72,7 +72,7 @@ class EventReader {
     void readZap( YamlField const& field );
     void readFlap( YamlField const& field );
     std::optional<Seconds> readSpan( YamlField const& field ) {
-        return file_.yaml.readParsed( field, durationOf );
+        return file_.yaml.readUnquoted( field, durationOf );
     }
     void spansAre( std::initializer_list<std::optional<Seconds>> spans );
 
@@ -148,7 +148,7 @@ EventReader::readKey( YamlField const& field ) {
 void
 EventReader::readTiming( YamlField const& field ) {
     if ( field.key == "at" ) {
-        event_.time = file_.yaml.readParsed( field, notNegativeSeconds ).value_or( 0.0 );
+        event_.time = file_.yaml.readUnquoted( field, notNegativeSeconds ).value_or( 0.0 );
     } else if ( field.key == "every" ) {
         every_ = field;
         spansAre( { readSpan( field ) } );
@@ -157,7 +157,7 @@ EventReader::readTiming( YamlField const& field ) {
         repeats_ = file_.yaml.readWhole( field, 1, std::numeric_limits<U32>::max() ).value_or( 1 );
     } else if ( field.key == "jitter" ) {
         jitter_ = field;
-        event_.jitter = file_.yaml.readParsed( field, notNegativeSeconds ).value_or( 0.0 );
+        event_.jitter = file_.yaml.readUnquoted( field, notNegativeSeconds ).value_or( 0.0 );
     } else if ( field.key == "rate" ) {
         event_.rate = file_.yaml.readParsed( field, rateOf );
     } else {
@@ -182,6 +182,8 @@ EventReader::readFlag( YamlField const& field ) {
         std::string const found =
             field.value.IsScalar() ? "'" + field.value.Scalar() + "'" : std::string( "more" );
         error( field, "expected true or nothing, for hosts says which, found " + found );
+    } else {
+        file_.yaml.isQuoted( field );
     }
 }
 
@@ -323,7 +325,7 @@ eventKeys() {
           "Names of hosts, of entries with a count, or patterns with * and ?; every host where not set",
           hostNamesSchema },
         { "set", "Attributes that the hosts are set to; ipAddr and macAddr step by one from host to host",
-          R"({"$ref":"#/definitions/settings"})" },
+          R"({"$ref":"#/definitions/changes"})" },
         { "join",
           "Groups that the hosts join; a group that is joined already gets this filter mode and these "
           "sources",

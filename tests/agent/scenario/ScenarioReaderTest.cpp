@@ -72,10 +72,21 @@ TEST( ScenarioReader, KeysAreTheWritableScalarsOfAHost ) {
     for ( Kiv::Attribute const& row : IgmpHost::attributes() ) {
         std::string const name = row.name;
         bool const expected = row.kind == Kiv::AttributeKind::scalar && name != "externalPam";
-        std::string const text = expected ? row.defaultText : "1";
-        std::string const errors = errorsOf( "hosts: [ { name: a, " + name + ": '" + text + "' } ]" );
+        std::string text = expected ? row.defaultText : "1";
+        if ( text.empty() || text.find( ':' ) != std::string::npos ) {
+            text = "'" + text + "'";
+        }
+        std::string const errors = errorsOf( "hosts: [ { name: a, " + name + ": " + text + " } ]" );
         EXPECT_EQ( errors.empty(), expected ) << name << ": " << errors;
     }
+}
+
+TEST( ScenarioReader, NumberInQuotesIsAText ) {
+    EXPECT_EQ(
+        errorsOf( "hosts: [ { name: '5', ns: '7', mtu: '900', robustness: 'x' } ]" ),
+        ":1:37: error: mtu: expected no quotes, found '900' in quotes\n"
+        ":1:56: error: robustness: expected a whole number from 0 to 4294967295, found 'x'\n"
+    );
 }
 
 TEST( ScenarioReader, HostsStepByOne ) {

@@ -33,6 +33,17 @@ plainText( std::string_view text, Kiv::ValueType const& type ) {
     return type.form == Kiv::ValueForm::real && text == ".inf" ? "inf" : text;
 }
 
+/// JSON has no infinity, so a text stands for it.
+bool
+mayBeQuoted( YamlField const& field, Kiv::ValueType const& type ) {
+    switch ( type.form ) {
+    case Kiv::ValueForm::boolean:
+    case Kiv::ValueForm::unsignedInteger: return false;
+    case Kiv::ValueForm::real: return field.value.IsScalar() && field.value.Scalar() == "inf";
+    default: return true;
+    }
+}
+
 /// Listens for where a second document starts.
 class SecondDocument final : public YAML::EventHandler {
   public:
@@ -241,16 +252,25 @@ YamlReader::readText( YamlField const& field ) {
 
 std::optional<Kiv::U64>
 YamlReader::readWhole( YamlField const& field, Kiv::U64 least, Kiv::U64 greatest ) {
-    return readParsed( field, [&]( std::string_view text ) {
+    return readUnquoted( field, [&]( std::string_view text ) {
         return wholeNumberOf( text, least, greatest );
     } );
 }
 
 std::optional<std::any>
 YamlReader::readValue( YamlField const& field, Kiv::ValueType const& type ) {
-    return readParsed( field, [&]( std::string_view text ) {
-        return valueOf( type, plainText( text, type ) );
-    } );
+    auto const parse = [&]( std::string_view text ) { return valueOf( type, plainText( text, type ) ); };
+    return mayBeQuoted( field, type ) ? readParsed( field, parse ) : readUnquoted( field, parse );
+}
+
+/// YAML's parser gives a single value in quotes this tag.
+bool
+YamlReader::isQuoted( YamlField const& field ) {
+    bool const isQuoted = field.value.IsScalar() && field.value.Tag() == "!";
+    if ( isQuoted ) {
+        error( field.at, field.key + ": expected no quotes, found '" + field.value.Scalar() + "' in quotes" );
+    }
+    return isQuoted;
 }
 
 void

@@ -65,6 +65,18 @@ class YamlReader {
         return value;
     }
 
+    /// The same of what in quotes is a text, and no number, true or false.
+    template <class Parse>
+    auto readUnquoted( YamlField const& field, Parse parse ) {
+        auto value = readParsed( field, parse );
+        if ( value && isQuoted( field ) ) {
+            value.reset();
+        }
+        return value;
+    }
+    /// Whether a single value is in quotes, which is an error.
+    bool isQuoted( YamlField const& field );
+
   private:
     void refused( YamlField const& field, Kiv::RangeException const& fault );
     Position at( YAML::Mark const& mark ) const;

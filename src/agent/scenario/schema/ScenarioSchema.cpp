@@ -27,6 +27,16 @@ rangeSchema() {
              { "description", "An address 239.1.1.1, or a range 239.1.0.0/24 or 239.1.1.1-239.1.1.50" } };
 }
 
+/// That a map has one of the keys; whether it may have more of them is for `word`, anyOf or oneOf, to say.
+Json
+oneOf( std::vector<std::string> const& keys, char const* word = "anyOf" ) {
+    Json schema;
+    for ( std::string const& key : keys ) {
+        schema[word].push_back( { { "required", { key } } } );
+    }
+    return schema;
+}
+
 /// What has either an address key or a file.
 Json
 addressedSchema(
@@ -35,7 +45,8 @@ addressedSchema(
     std::vector<KeyRow> keys = AddressKeys::rows( words );
     keys.insert( keys.end(), more.begin(), more.end() );
     Json schema = mapSchema( keys, attributes );
-    schema["oneOf"] = { { { "required", { words.key } } }, { { "required", { "file" } } } };
+    schema.update( oneOf( { words.key, "file" }, "oneOf" ) );
+    schema["dependencies"] = { { "count", { words.key } }, { "step", { words.key } } };
     return schema;
 }
 
@@ -48,70 +59,73 @@ oneOrMany( std::string const& map ) {
                                        { { "type", "array" }, { "items", { { "anyOf", one } } } } } ) } };
 }
 
-/// That a map has one of the keys; whether it may have more of them is for `word`, anyOf or oneOf, to say.
-void
-needOneOf( Json& schema, char const* word, std::vector<std::string> const& keys ) {
-    for ( std::string const& key : keys ) {
-        schema[word].push_back( { { "required", { key } } } );
-    }
-}
-
 /// A value, or one behind a sign of comparison.
 Json
-comparisonSchema( Kiv::Attribute const& attribute ) {
-    Json value = valueSchema( attribute );
-    std::string sign = "([=!]= *)?";
-    std::string form = ".*";
-    switch ( attribute.type->form ) {
-    case Kiv::ValueForm::unsignedInteger:
-        sign = "([=!<>]=|[<>])? *";
-        form = "[0-9]+";
-        break;
-    case Kiv::ValueForm::real:
-        sign = "([=!<>]=|[<>])? *";
-        form = "(-?[0-9.]+([eE][-+]?[0-9]+)?|-?inf)";
-        break;
-    case Kiv::ValueForm::boolean: form = "(true|false)"; break;
-    case Kiv::ValueForm::enumeration:
+comparisonSchema( Kiv::ValueType const& type ) {
+    bool const isWhole = type.form == Kiv::ValueForm::unsignedInteger;
+    bool const isNumber = isWhole || type.form == Kiv::ValueForm::real;
+    std::string form = isWhole ? "[0-9]+" : isNumber ? "(-?[0-9.]+([eE][-+]?[0-9]+)?|-?inf)" : ".*";
+    if ( type.form == Kiv::ValueForm::boolean ) {
+        form = "(true|false)";
+    } else if ( type.form == Kiv::ValueForm::enumeration ) {
         form.clear();
-        for ( std::string const& text : attribute.type->texts() ) {
+        for ( std::string const& text : type.texts() ) {
             form += ( form.empty() ? "(" : "|" ) + text;
         }
         form += ")";
-        break;
-    default: break;
     }
-    value.erase( "default" );
-    value.erase( "description" );
+    std::string const sign = isNumber ? "([=!<>]=|[<>])? *" : "([=!]= *)?";
     Json const behindSign{ { "type", "string" }, { "pattern", "^" + sign + form + "$" } };
-    return { { "anyOf", Json::array( { value, behindSign } ) }, { "description", attribute.help } };
+    return { { "anyOf", Json::array( { typeSchema( type ), behindSign } ) } };
 }
 
 /// The attributes of a status are compared, so that more than a value may stand there.
 Json
 expectationSchema() {
     Json schema = mapSchema( expectationKeys() );
-    std::vector<std::string> conditions{ "querier", "bridge" };
+    std::vector<std::string> status;
+    std::vector<std::string> noCounters;
     for ( Kiv::Attribute const* const attribute : statusAttributes() ) {
-        schema["properties"][attribute->name] = comparisonSchema( *attribute );
-        conditions.emplace_back( attribute->name );
+        Json& property = schema["properties"][attribute->name] = comparisonSchema( *attribute->type );
+        property["description"] = attribute->help;
+        status.emplace_back( attribute->name );
+        if ( attribute->type->form != Kiv::ValueForm::unsignedInteger ) {
+            noCounters.emplace_back( attribute->name );
+        }
     }
-    needOneOf( schema, "anyOf", conditions );
-    schema["dependencies"] = { { "within", { "at" } } };
+    Json const hasStatus = oneOf( status );
+    schema["anyOf"] = Json::array( { oneOf( { "querier", "bridge" } ), hasStatus } );
+    schema["dependencies"] = { { "within", { "at" } }, { "hosts", hasStatus }, { "total", hasStatus } };
+    schema["if"] = { { "required", { "total" } }, { "properties", { { "total", { { "const", true } } } } } };
+    schema["then"] = { { "not", oneOf( noCounters ) } };
     return schema;
 }
 
 Json
 membershipSchema( std::span<KeyRow const> keys ) {
     Json schema = mapSchema( keys );
-    needOneOf( schema, "anyOf", { "joined", "notJoined", "groupCount" } );
+    schema.update( oneOf( { "joined", "notJoined", "groupCount" } ) );
     return schema;
 }
 
+/// What repeats itself has a rhythm, either its own or that of `every`. Hosts that an event adds and
+/// describes are the ones that it is about.
 Json
 eventSchema() {
     Json schema = mapSchema( eventKeys() );
-    needOneOf( schema, "oneOf", eventActionKeys() );
+    schema.update( oneOf( eventActionKeys(), "oneOf" ) );
+    Json const describesNone{ { "properties", { { "add", { { "enum", { true, nullptr } } } } } } };
+    schema["dependencies"] = { { "times", oneOf( { "every", "zap", "flap" } ) },
+                               { "every", { { "not", oneOf( { "zap", "flap" } ) } } },
+                               { "hosts", describesNone } };
+    return schema;
+}
+
+/// What is set, of which there must be something.
+Json
+changesSchema() {
+    Json schema = mapSchema( {}, settableHostAttributes() );
+    schema["minProperties"] = 1;
     return schema;
 }
 
@@ -131,6 +145,8 @@ scenarioSchema() {
                               { "groups", oneOrMany( "group" ) },
                               { "host", mapSchema( hostKeys(), settableHostAttributes() ) },
                               { "settings", mapSchema( {}, settableHostAttributes() ) },
+                              { "changes", changesSchema() },
+                              { "comparison", comparisonSchema( Kiv::valueType<U32> ) },
                               { "event", eventSchema() },
                               { "zap", mapSchema( zapKeys() ) },
                               { "flap", mapSchema( flapKeys() ) },

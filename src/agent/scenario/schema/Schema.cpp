@@ -65,6 +65,14 @@ textSchema( Kiv::ValueType const& type ) {
 }
 
 Json
+defaultValue( Kiv::Attribute const& attribute ) {
+    std::string const text = attribute.defaultText;
+    return attribute.type->form == Kiv::ValueForm::boolean ? Json( text == "true" ) : numberOrText( text );
+}
+
+} // namespace
+
+Json
 typeSchema( Kiv::ValueType const& type ) {
     switch ( type.form ) {
     case Kiv::ValueForm::boolean: return { { "type", "boolean" } };
@@ -74,14 +82,6 @@ typeSchema( Kiv::ValueType const& type ) {
     default: return textSchema( type );
     }
 }
-
-Json
-defaultValue( Kiv::Attribute const& attribute ) {
-    std::string const text = attribute.defaultText;
-    return attribute.type->form == Kiv::ValueForm::boolean ? Json( text == "true" ) : numberOrText( text );
-}
-
-} // namespace
 
 Json
 valueSchema( Kiv::Attribute const& attribute ) {

@@ -10,6 +10,9 @@ namespace Agent {
 
 using Json = nlohmann::ordered_json;
 
+/// What a value of that type may be.
+Json typeSchema( Kiv::ValueType const& type );
+
 /// What a value of the attribute looks like in a scenario, with its help and default.
 Json valueSchema( Kiv::Attribute const& attribute );
 

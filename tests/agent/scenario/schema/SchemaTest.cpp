@@ -86,7 +86,12 @@ TEST_F( Schema, TakesWhatTheReaderTakes ) {
                                    "  - { at: 5, add: { name: b, ipAddr: 10.0.0.2 } }\n"
                                    "  - { at: 6, hosts: b, delete: true }\n"
                                    "expect:\n  - { hosts: a, v2ReportsSent: '>= 2', igmpVersion: 2 }\n",
-          withHost( "intfId: 5, igmpVersion: '2', ns: 7" ),
+          withHost( "intfId: 5, igmpVersion: '2', ns: 7, v1RouterPresentTimeout: 'inf'" ),
+          withHost( "mtu: 900" ) +
+              "\nevents:\n  - { at: 1, times: 2, zap: { groups: 239.1.1.1, dwell: 1 } }\n"
+              "  - { at: 2, hosts: a, add: true }\n  - { at: 3, hosts: a, disable: }\n"
+              "  - { at: 4, rate: '5', enable: true }\n"
+              "expect: [ { hosts: a, total: true, v2ReportsSent: 1 }, { total: false, igmpVersion: 2 } ]",
           withHost( "mtu: 900" ) + "\nexpect:\n  - { v2ReportsSent: '2', igmpVersion: '!= igmpVersion2' }\n"
                                    "  - { unsolicitedReportInterval: '< inf' }\n"
                                    "  - { at: 3, within: 1, bridge: { device: 0, groupCount: '> 2' } }\n" },
@@ -113,6 +118,26 @@ TEST_F( Schema, RefusesWhatTheReaderRefuses ) {
           withHost( "groups: [ { multicastAddr: 239.1.1.1, file: x } ]" ),
           withHost( "groups: [ { multicastAddr: 239.1.1.1, version: 3 } ]" ),
           withHost( "externalPam: true" ),
+          withHost( "mtu: '900'" ),
+          withHost( "tagged: 'true'" ),
+          withHost( "count: \"3\"" ),
+          withHost( "unsolicitedReportInterval: '1.5'" ),
+          withHost( "v1RouterPresentTimeout: '.inf'" ),
+          withHost( "groups: { multicastAddr: 239.1.1.1, count: '2' }" ),
+          withHost( "groups: { file: x, count: 2 }" ),
+          withHost( "mtu: 900" ) + "\nduration: '5'",
+          withHost( "mtu: 900" ) + "\nseed: '5'",
+          withHost( "mtu: 900" ) + "\nquerier: { device: x, interval: '5' }",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: '1', enable: true } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, enable: 'true' } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, times: 2, enable: true } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, every: 2, flap: { down: 1, up: 1 } } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, hosts: b, add: { name: b } } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, set: {} } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { at: 1, within: '1', v2ReportsSent: 1 } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { hosts: a, bridge: { device: b, groupCount: 2 } } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { total: true, igmpVersion: 2 } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { bridge: { device: b, groupCount: '=> 2' } } ]",
           "hosts: [ { mtu: 900 } ]",
           "hosts: 5",
           "- a",
