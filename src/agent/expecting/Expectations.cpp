@@ -1,7 +1,6 @@
 #include "agent/expecting/Expectations.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <iostream>
 #include <system_error>
 
@@ -23,7 +22,7 @@ Expectations::Expectations( RunContext const& context )
     : context_( context ),
       outcomes_( context.scenario.expectations.size() ),
       timer_( new Lab::Timer( context.wheel, [this] { handleTimer(); } ) ) {
-    if ( context.options.junitFile && *context.options.junitFile != "-" ) {
+    if ( context.options.junitFile ) {
         checkReplaceable( *context.options.junitFile );
     }
     for ( std::size_t i = 0; i < outcomes_.size(); ++i ) {
@@ -146,16 +145,10 @@ Expectations::write() const {
     for ( auto const& outcome : outcomes_ ) {
         outcomes.push_back( outcome.value_or( ExpectationOutcome() ) );
     }
-    auto const writeTo = [&]( std::ostream& out ) { writeJUnit( out, outcomes, elapsed() ); };
     try {
-        if ( *context_.options.junitFile != "-" ) {
-            replaceFile( *context_.options.junitFile, writeTo );
-        } else {
-            writeTo( std::cout );
-            if ( !std::cout.flush() ) {
-                throw std::system_error( errno, std::generic_category(), "standard output" );
-            }
-        }
+        replaceFile( *context_.options.junitFile, [&]( std::ostream& out ) {
+            writeJUnit( out, outcomes, elapsed() );
+        } );
         return true;
     } catch ( std::system_error const& fault ) {
         std::cerr << "igmphost: error: the outcome is not written: " << fault.what() << std::endl;

@@ -5,7 +5,7 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <ostream>
+#include <iostream>
 #include <system_error>
 
 #include "agent/output/OutputFile.h"
@@ -58,6 +58,15 @@ writeTo(
     }
 }
 
+void
+writeToStandardOutput( std::function<void( std::ostream& )> const& write ) {
+    errno = 0;
+    write( std::cout );
+    if ( !std::cout.flush() ) {
+        throwCannotWrite( "the standard output", errno != 0 ? errno : EIO );
+    }
+}
+
 /// What an agent of the same number left there goes first.
 void
 writeNew( fs::path const& path, std::function<void( std::ostream& )> const& write ) {
@@ -70,6 +79,10 @@ writeNew( fs::path const& path, std::function<void( std::ostream& )> const& writ
 
 void
 replaceFile( std::string const& path, std::function<void( std::ostream& )> const& write ) {
+    if ( path == "-" ) {
+        writeToStandardOutput( write );
+        return;
+    }
     if ( isWrittenAsItIs( path ) ) {
         writeTo( path, outputFile( path ), write );
         return;
@@ -88,6 +101,9 @@ replaceFile( std::string const& path, std::function<void( std::ostream& )> const
 
 void
 checkReplaceable( std::string const& path ) {
+    if ( path == "-" ) {
+        return;
+    }
     if ( fs::is_symlink( statusOf( path ) ) ) {
         throwCannotWrite( path, ELOOP );
     }

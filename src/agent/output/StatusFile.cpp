@@ -9,15 +9,15 @@
 namespace Agent {
 
 StatusFile::StatusFile( RunContext const& context ) : context_( context ) {
-    if ( *context.options.statusFile != "-" ) {
-        checkReplaceable( *context.options.statusFile );
-    }
+    checkReplaceable( *context.options.statusFile );
 }
 
 bool
 StatusFile::write() const {
     try {
-        writeStatusTo( *context_.options.statusFile, context_.scenario, context_.emulation.statusDir() );
+        replaceFile( *context_.options.statusFile, [this]( std::ostream& out ) {
+            writeStatus( out, context_.scenario, context_.emulation.statusDir() );
+        } );
         return true;
     } catch ( std::system_error const& fault ) {
         std::cerr << "igmphost: error: the status is not written: " << fault.what() << std::endl;

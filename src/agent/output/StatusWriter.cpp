@@ -1,14 +1,11 @@
 #include "agent/output/StatusWriter.h"
 
-#include <cerrno>
-#include <iostream>
 #include <map>
-#include <system_error>
+#include <ostream>
 #include <utility>
 
 #include "agent/hosts/HostPattern.h"
 #include "agent/output/AttributeJson.h"
-#include "agent/output/FileReplacement.h"
 
 namespace Agent {
 
@@ -33,18 +30,6 @@ writeStatus( std::ostream& out, Scenario const& scenario, Igmp::IgmpHostStatusDi
         write( *status );
     }
     out << "\n}}\n";
-}
-
-void
-writeStatusTo( std::string const& path, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir ) {
-    if ( path != "-" ) {
-        replaceFile( path, [&]( std::ostream& out ) { writeStatus( out, scenario, dir ); } );
-        return;
-    }
-    writeStatus( std::cout, scenario, dir );
-    if ( !std::cout.flush() ) {
-        throw std::system_error( errno, std::generic_category(), "standard output" );
-    }
 }
 
 } // namespace Agent

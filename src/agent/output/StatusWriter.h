@@ -12,8 +12,4 @@ namespace Agent {
 /// the control socket. A host that is disabled has no status and is left out.
 void writeStatus( std::ostream& out, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir );
 
-/// The same to a file, which is replaced as a whole, or to the standard output for "-". Raises
-/// std::system_error where it cannot be written.
-void writeStatusTo( std::string const& path, Scenario const& scenario, Igmp::IgmpHostStatusDir const& dir );
-
 } // namespace Agent

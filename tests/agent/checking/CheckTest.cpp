@@ -4,6 +4,8 @@
 
 #include "tests/agent/AgentProcess.h"
 #include "tests/agent/TemporaryFolder.h"
+#include "tests/support/Namespace.h"
+#include "tests/support/Paths.h"
 
 namespace Agent {
 
@@ -157,6 +159,17 @@ TEST_F( CheckVerb, FolderIsNoScenario ) {
     EXPECT_EQ(
         agent.written( AgentProcess::errors ),
         folder.path().string() + ": error: cannot be read: Is a directory\n"
+    );
+}
+
+/// Of a scenario that is slow to come, with all that a terminal is sent.
+TEST( CheckOnATerminal, TellsHowFarItIsAndTakesThatAway ) {
+    std::string const slow = "(sleep 2; echo \"hosts: [ { name: a } ]\") | ";
+    std::string const told = Support::outputOf(
+        "script -qec '" + slow + Support::agentBinary() + " check /dev/stdin' /dev/null </dev/null"
+    );
+    EXPECT_THAT(
+        told, ::testing::StartsWith( "\rigmphost: 0 of 1 entries of hosts read\x1b[K\r\x1b[K/dev/stdin:1:" )
     );
 }
 

@@ -2,7 +2,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tests/agent/TemporaryFolder.h"
 #include "tests/agent/scenario/ScenarioTexts.h"
 
 namespace Agent {
@@ -94,14 +93,6 @@ TEST_F( StatusWriter, NamesAreWrittenSoThatJsonReadsThem ) {
 TEST_F( StatusWriter, NameThatIsNotUtf8DoesNoHarm ) {
     status( "a\xff" );
     EXPECT_EQ( json( "hosts: [ { name: 'a\xff' } ]" )["hosts"].size(), 1U );
-}
-
-TEST_F( StatusWriter, FileIsReplaced ) {
-    TemporaryFolder const folder;
-    folder.fileWith( "status", "old" );
-    status( "a" );
-    writeStatusTo( folder.file( "status" ), scenarioOf( oneHost ), *dir_ );
-    EXPECT_EQ( folder.contents( "status" ), text( oneHost ) );
 }
 
 } // namespace

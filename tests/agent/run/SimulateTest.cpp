@@ -271,6 +271,23 @@ TEST_F( Simulate, SignalEndsALastStatusThatNobodyReads ) {
 }
 
 /// A template makes that many groups in one call.
+TEST_F( Simulate, StandardOutputThatCannotTakeTheStatusOrTheOutcomeIsAFailure ) {
+    for ( auto const& [option, what] : { std::pair( "--status", "status" ), { "--junit", "outcome" } } ) {
+        AgentProcess agent(
+            { "run", "--simulate", scenario( "" ), "--duration", "10", option, "-" },
+            { "sh", "-c", "exec \"$@\" > /dev/full", "sh" }
+        );
+        EXPECT_EQ( agent.exitStatus(), 1 );
+        EXPECT_THAT(
+            agent.written( AgentProcess::errors ),
+            ::testing::HasSubstr(
+                std::string( "igmphost: error: the " ) + what +
+                " is not written: cannot write the standard output: No space left on device\n"
+            )
+        );
+    }
+}
+
 TEST_F( Simulate, SignalEndsACallThatGoesOnForLong ) {
     AgentProcess agent( { "run", "--simulate", "--duration", "10",
                           folder_.fileWith(
