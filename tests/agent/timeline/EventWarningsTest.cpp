@@ -294,6 +294,65 @@ TEST( EventAddresses, HostThatOnlyMovesIsHeldAgainstThoseItComesTo ) {
     );
 }
 
+TEST( EventAddresses, HostThatComesBackIsHeldAgainstWhoTookItsAddress ) {
+    using Texts = std::vector<std::pair<std::string, std::string>>;
+    for ( auto const& [go, comeBack] : Texts{ { "disable: ", "enable: " },
+                                              { "delete: ", "add: " },
+                                              { "set: { enabled: false }", "set: { enabled: true }" } } ) {
+        EXPECT_EQ(
+            addressWarnings(
+                "  - { at: 1, hosts: a, " + go + " }\n" +
+                "  - { at: 2, hosts: b-1, set: { ipAddr: 10.0.0.2 } }\n" + "  - { at: 3, hosts: a, " +
+                comeBack + " }\n"
+            ),
+            ":10:5: error: ipAddr: 10.0.0.2 on eth0 is taken already, by host 'b-1' in line 5\n"
+        ) << go;
+    }
+}
+
+TEST( EventAddresses, WhatASilentHostIsSetToIsToldWhenItComesBack ) {
+    std::string const set = "  - { at: 1, hosts: a-2, disable: }\n"
+                            "  - { at: 2, hosts: a-2, set: { ipAddr: 10.0.0.11 } }\n";
+    EXPECT_EQ( addressWarnings( set ), "" );
+    EXPECT_EQ(
+        addressWarnings( set + "  - { at: 3, hosts: a-2, enable: }\n  - { at: 4, hosts: a-2, enable: }\n" ),
+        ":10:5: error: ipAddr: 10.0.0.11 on eth0 is taken already, by host 'b-1' in line 5\n"
+    );
+}
+
+TEST( EventAddresses, HostsThatAreAddedHaveTheirsFromThenOn ) {
+    std::string const add =
+        "  - { at: 2, add: { name: new, ipAddr: 10.0.0.21, macAddr: '02:00:00:00:00:21' } }\n";
+    EXPECT_EQ(
+        addressWarnings(
+            "  - { at: 1, hosts: b-1, set: { ipAddr: 10.0.0.21 } }\n"
+            "  - { at: 1.5, hosts: b-1, set: { ipAddr: 10.0.0.11 } }\n" +
+            add
+        ),
+        ""
+    );
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: b-1, set: { ipAddr: 10.0.0.21 } }\n" + add ),
+        ":9:5: error: ipAddr: 10.0.0.21 on eth0 is taken already, by host 'b-1' in line 5\n"
+    );
+    EXPECT_EQ(
+        addressWarnings( add + "  - { at: 3, hosts: b-1, set: { ipAddr: 10.0.0.21 } }\n" ),
+        ":9:41: error: ipAddr: 10.0.0.21 on eth0 is taken already, by host 'new' in line 8\n"
+    );
+}
+
+TEST( EventAddresses, AddressThatTwoHaveIsTakenWhenOneGoes ) {
+    EXPECT_EQ(
+        addressWarnings( "  - { at: 1, hosts: c, set: { ipAddr: 10.0.0.9, macAddr: '02:00:00:00:00:09' } }\n"
+                         "  - { at: 2, hosts: c, set: { deviceName: eth0 } }\n"
+                         "  - { at: 3, hosts: b-1, set: { ipAddr: 10.0.0.9 } }\n"
+                         "  - { at: 4, hosts: b-1, set: { ipAddr: 10.0.0.8 } }\n"
+                         "  - { at: 5, hosts: b-2, set: { ipAddr: 10.0.0.9 } }\n" ),
+        ":10:41: error: ipAddr: 10.0.0.9 on eth0 is taken already, by host 'c' in line 6\n"
+        ":12:41: error: ipAddr: 10.0.0.9 on eth0 is taken already, by host 'c' in line 6\n"
+    );
+}
+
 TEST( EventWarnings, GroupThatIsJoinedAgainIsCountedOnce ) {
     std::string const periodic =
         ", igmpVersion: 3, enablePeriodicReport: true, unsolicitedReportInterval: 5, "

@@ -27,6 +27,20 @@ settingThatMoves( Settings const& set ) {
     return nullptr;
 }
 
+/// Whether the event lets its hosts fall silent, or be heard again; none for neither.
+std::optional<bool>
+silences( Event const& event ) {
+    switch ( event.action ) {
+    case EventAction::remove:
+    case EventAction::disable: return true;
+    case EventAction::add:
+    case EventAction::enable: return false;
+    default: break;
+    }
+    Setting const* const enabled = event.values.settings.find( IgmpHost::attrEnabled );
+    return enabled ? std::optional( !std::any_cast<bool>( enabled->value ) ) : std::nullopt;
+}
+
 /// Where a host is, once it has been set to that; nothing else of it.
 HostSpec
 movedBy( Settings const& set, HostSpec const& before ) {
@@ -73,10 +87,12 @@ EventAddresses::handle( Event const& event ) {
         handleSet( event );
     } else if ( event.action == EventAction::remove ) {
         forEachHost( event, [this]( HostKey host, U64 ) { forget( host ); } );
-    } else if ( event.action == EventAction::disable ) {
-        forEachHost( event, [this]( HostKey host, U64 ) { silent_.insert( host ); } );
-    } else if ( event.action == EventAction::add || event.action == EventAction::enable ) {
-        forEachHost( event, [this]( HostKey host, U64 ) { silent_.erase( host ); } );
+    }
+    std::optional<bool> const silent = silences( event );
+    if ( silent == true ) {
+        forEachHost( event, [this]( HostKey host, U64 ) { silentIs( host, true ); } );
+    } else if ( silent == false ) {
+        comeBack( event );
     }
 }
 
@@ -107,11 +123,8 @@ EventAddresses::giveUp( Event const& event, Kind& kind ) {
     Setting const* const own = event.values.settings.find( kind.id );
     forEachHost( event, [&]( HostKey host, U64 index ) {
         release( host, kind );
-        Setting const* const described = owner( host ).spec->settings.find( kind.id );
-        if ( own ) {
-            kind.numbers[host] = firstNumber( *own ) + index;
-        } else if ( described ) {
-            kind.numbers.try_emplace( host, firstNumber( *described ) + owner( host ).index );
+        if ( std::optional<U64> const next = own ? firstNumber( *own ) + index : number( host, kind ) ) {
+            kind.numbers[host] = *next;
         }
     } );
 }
@@ -131,6 +144,7 @@ EventAddresses::moveHosts( Event const& event ) {
     } );
 }
 
+/// What a silent host takes is looked at when it comes back.
 void
 EventAddresses::take( Event const& event, Kind& kind, Setting const& cause ) {
     bool told = false;
@@ -139,16 +153,39 @@ EventAddresses::take( Event const& event, Kind& kind, Setting const& cause ) {
         if ( number == kind.numbers.end() ) {
             return;
         }
-        std::string const link = linkOf( host );
-        std::optional<HostKey> const other = holder( kind, link, number->second );
-        if ( other && !told ) {
-            told = true;
-            warnings_.add(
-                cause.at, described_.takenText( kind.id, number->second, link, owner( *other ), cause.at )
-            );
+        if ( !isSilent( host ) ) {
+            tell( host, kind, cause.at, told );
         }
-        kind.hosts[link][number->second] = host;
+        kind.hosts[linkOf( host )].emplace( number->second, host );
     } );
+}
+
+/// Of two hosts that both have what they are described with it has been told already.
+void
+EventAddresses::comeBack( Event const& event ) {
+    bool told[] = { false, false };
+    forEachHost( event, [&]( HostKey host, U64 ) {
+        if ( isSilent( host ) ) {
+            tell( host, ipAddrs_, event.at, told[0] );
+            tell( host, macAddrs_, event.at, told[1] );
+            silentIs( host, false );
+        }
+    } );
+}
+
+void
+EventAddresses::tell( HostKey host, Kind const& kind, Position const& at, bool& told ) {
+    bool const isOfUse = !told && !kind.numbers.empty();
+    std::optional<U64> const wanted = isOfUse ? number( host, kind ) : std::nullopt;
+    if ( !wanted ) {
+        return;
+    }
+    std::string const link = linkOf( host );
+    std::optional<HostKey> const other = holder( kind, link, *wanted, host );
+    if ( other && ( kind.numbers.contains( host ) || kind.numbers.contains( *other ) ) ) {
+        told = true;
+        warnings_.add( at, described_.takenText( kind.id, *wanted, link, owner( *other ), at ) );
+    }
 }
 
 void
@@ -157,15 +194,11 @@ EventAddresses::release( HostKey host, Kind& kind ) {
     if ( number == kind.numbers.end() ) {
         return;
     }
-    auto& hosts = kind.hosts[linkOf( host )];
-    if ( auto const held = hosts.find( number->second ); held != hosts.end() && held->second == host ) {
-        hosts.erase( held );
-    }
+    kind.hosts[linkOf( host )].erase( { number->second, host } );
 }
 
 void
 EventAddresses::forget( HostKey host ) {
-    silent_.insert( host );
     for ( Kind* const kind : { &ipAddrs_, &macAddrs_ } ) {
         release( host, *kind );
         kind->numbers.erase( host );
@@ -180,17 +213,40 @@ EventAddresses::linkOf( HostKey host ) const {
     return LinkWarnings::linkOf( place == places_.end() ? *one.spec : *place->second, one.index );
 }
 
-/// Who has the number on the link, if any.
+void
+EventAddresses::silentIs( HostKey host, bool silent ) {
+    if ( silent == owner( host ).spec->later ) {
+        unlikeAtStart_.erase( host );
+    } else {
+        unlikeAtStart_.insert( host );
+    }
+}
+
+/// What the host has, or would have if it were there.
+std::optional<U64>
+EventAddresses::number( HostKey host, Kind const& kind ) const {
+    if ( auto const set = kind.numbers.find( host ); set != kind.numbers.end() ) {
+        return set->second;
+    }
+    Setting const* const described = owner( host ).spec->settings.find( kind.id );
+    return described ? std::optional( firstNumber( *described ) + owner( host ).index ) : std::nullopt;
+}
+
+/// Who else has the number on the link, if any.
 std::optional<EventAddresses::HostKey>
-EventAddresses::holder( Kind const& kind, std::string const& link, U64 number ) const {
+EventAddresses::holder( Kind const& kind, std::string const& link, U64 number, HostKey apart ) const {
+    auto const isHolder = [&]( HostKey host ) { return host != apart && !isSilent( host ); };
     if ( auto const hosts = kind.hosts.find( link ); hosts != kind.hosts.end() ) {
-        if ( auto const host = hosts->second.find( number ); host != hosts->second.end() ) {
-            return silent_.contains( host->second ) ? std::nullopt : std::optional( host->second );
+        auto at = hosts->second.lower_bound( { number, 0 } );
+        for ( ; at != hosts->second.end() && at->first == number; ++at ) {
+            if ( isHolder( at->second ) ) {
+                return at->second;
+            }
         }
     }
     std::optional<LinkWarnings::Owner> const described = described_.holder( kind.id, link, number );
-    bool const isHeld = described && !described->spec->later && !silent_.contains( keyOf( *described ) ) &&
-                        !kind.numbers.contains( keyOf( *described ) );
+    bool const isHeld =
+        described && isHolder( keyOf( *described ) ) && !kind.numbers.contains( keyOf( *described ) );
     return isHeld ? std::optional( keyOf( *described ) ) : std::nullopt;
 }
 
