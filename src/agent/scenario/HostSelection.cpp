@@ -137,7 +137,7 @@ HostSelection::host( U64 index ) const {
         static_cast<std::size_t>( std::upper_bound( ends_->begin(), ends_->end(), index ) - ends_->begin() );
     HostRange const& range = ranges()[at];
     auto const offset = static_cast<U32>( index - ( ends_->at( at ) - range.count ) );
-    return { range.entry, range.first + offset, range.number + offset };
+    return { range.entry, range.first + offset, range.number + offset, range.count - offset - 1 };
 }
 
 HostFinder::HostFinder( Scenario const& scenario, U64 steps )

@@ -43,6 +43,7 @@ class HostSelection {
         U32 entry; ///< index into the scenario's hosts
         U32 index; ///< within the entry
         U64 number;
+        U32 behind; ///< how many hosts of its range come behind it, their numbers one after the other
     };
 
     HostSelection() : HostSelection( std::vector<HostRange>() ) {}

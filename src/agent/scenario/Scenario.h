@@ -24,7 +24,9 @@ struct Shard {
     /// Of that many hosts, how many this share has.
     U64 share( U64 hosts ) const { return ( hosts + shards - number ) / shards; }
     /// Whether it has the host of that number, counted from 0.
-    bool has( U64 host ) const { return host % shards == number - 1; }
+    bool has( U64 host ) const { return hostsBefore( host ) == 0; }
+    /// How many hosts there are from that number on until one that it has.
+    U64 hostsBefore( U64 host ) const { return ( U64{ shards } + number - 1 - host % shards ) % shards; }
 };
 
 // What a text stands for. Each raises RangeException that says what was expected and found.

@@ -35,15 +35,16 @@ EventCursor::findUnit() {
     time_ = isOver ? Kiv::never : unitTime( unit_ );
 }
 
-bool
-EventCursor::isMine( U64 unit ) const {
-    return shard_.has( event_.selection.host( unit / groupsPerHost_ ).number );
-}
-
+/// From that unit on; takes no longer for more hosts of a range.
 U64
 EventCursor::nextMine( U64 unit ) const {
-    while ( unit < units_ && !isMine( unit ) ) {
-        unit += groupsPerHost_ - unit % groupsPerHost_;
+    while ( unit < units_ ) {
+        HostSelection::Host const host = event_.selection.host( unit / groupsPerHost_ );
+        U64 const others = shard_.hostsBefore( host.number );
+        if ( others == 0 ) {
+            break;
+        }
+        unit += std::min( others, U64{ host.behind } + 1 ) * groupsPerHost_ - unit % groupsPerHost_;
     }
     return unit;
 }

@@ -31,7 +31,6 @@ class EventCursor {
 
   private:
     void findUnit();
-    bool isMine( U64 unit ) const;
     U64 nextMine( U64 unit ) const;
     void nextStep();
     Kiv::Seconds unitTime( U64 unit ) const;

@@ -155,6 +155,8 @@ INSTANTIATE_TEST_SUITE_P(
                 "10.1.1.1: outside 224.0.0.0/4 there are no multicast groups\n" },
         Regret{ "multicastAddr: 239.255.255.255, filterMode: exclude, count: 2",
                 "240.0.0.0: outside 224.0.0.0/4 there are no multicast groups\n" },
+        Regret{ "multicastAddr: 239.255.255.200, filterMode: exclude, count: 1000000, step: 100",
+                "240.0.0.44: outside 224.0.0.0/4 there are no multicast groups\n" },
         Regret{ "multicastAddr: 232.1.1.1",
                 "232.1.1.1: routers take a join of 232.0.0.0/8 for named sources alone (RFC 4604)\n" },
         Regret{ "multicastAddr: 239.1.1.1, sources: 239.1.1.1",

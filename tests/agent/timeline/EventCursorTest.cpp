@@ -79,6 +79,39 @@ TEST( EventCursorTest, ShareTakesItsOwnHosts ) {
     EXPECT_THAT( hosts, ::testing::ElementsAre( 1, 5, 9 ) );
 }
 
+/// Of each host its number, once for each group.
+std::multiset<U64>
+hostsOf( Event const& e, Shard const& shard ) {
+    std::multiset<U64> hosts;
+    for ( EventCursor cursor( e, shard, 0 ); Kiv::isFinite( cursor.time() ); ) {
+        hosts.insert( cursor.take().host.number );
+    }
+    return hosts;
+}
+
+TEST( EventCursorTest, SharesOfScatteredHostsAreTheWhole ) {
+    Event e = event();
+    e.action = EventAction::join;
+    e.selection = HostSelection( { { 0, 1, 2, 1 }, { 0, 6, 5, 6 }, { 1, 0, 1, 20 }, { 2, 0, 7, 23 } } );
+    e.groups.resize( 1 );
+    e.groups[0].groups = AddressList( { { Zornet::IpAddr( "239.1.1.1" ), 2, 1, {} } } );
+    std::multiset<U64> shares;
+    for ( U32 number = 1; number <= 4; ++number ) {
+        shares.merge( hostsOf( e, { number, 4 } ) );
+    }
+    EXPECT_EQ( shares.size(), 30U );
+    EXPECT_EQ( shares, hostsOf( e, {} ) );
+}
+
+/// A walk over the hosts would take hours.
+TEST( EventCursorTest, ShareFindsItsHostAmongAGreatMany ) {
+    Event e = event();
+    e.selection = HostSelection( { { 0, 0, 4'000'000'000, 0 } } );
+    e.spans = { 1.0 };
+    e.steps = 1000;
+    EXPECT_EQ( hostsOf( e, { 4'000'000'000, 4'000'000'000 } ).count( 3'999'999'999 ), 1000U );
+}
+
 TEST( EventCursorTest, ShareWithoutAHostHasNothingToDo ) {
     Event e = event();
     e.selection = HostSelection( { { 0, 0, 1, 0 } } );

@@ -28,19 +28,19 @@ blockSize( GroupSpec const& group ) {
     return std::max( 1U, group.settings.value<U32>( IgmpV3GroupRecord::attrReplicateNumber ) );
 }
 
-/// The first address that is no multicast address.
+/// The first address that is no multicast address. Those of a block ascend.
 std::optional<IpAddr>
 firstOutside( AddressList const& groups ) {
-    std::optional<IpAddr> outside;
-    if ( groups.lowest().isMulticast() && groups.highest().isMulticast() ) {
-        return outside;
-    }
-    groups.forEach( [&outside]( IpAddr const& group ) {
-        if ( !outside && !group.isMulticast() ) {
-            outside = group;
+    constexpr U32 lastMulticast = 0xefffffff;
+    for ( AddressBlock const& block : groups.blocks() ) {
+        if ( !block.first.isMulticast() ) {
+            return block.first;
         }
-    } );
-    return outside;
+        if ( !block.last().isMulticast() ) {
+            return block.addr( ( lastMulticast - block.first.hostOrder() ) / block.step + 1 );
+        }
+    }
+    return {};
 }
 
 } // namespace
