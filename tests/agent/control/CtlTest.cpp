@@ -24,6 +24,23 @@ TEST_F( Ctl, AddedHostsStepAsThoseOfAScenario ) {
     EXPECT_EQ( hosts[2]["inForce"], "igmpVersion3" );
 }
 
+TEST_F( Ctl, AdditionTakesWordsAsTheyStand ) {
+    addHosts( { "ns=007", "intfId=null", "mtu=0900", "tagged=true", "useMux=true", "vlanId=07", "vlanStep=1" }
+    );
+    Json const host = json( { "show", "rx-1" } )["rx-1"];
+    EXPECT_EQ( host["ns"], "007" );
+    EXPECT_EQ( host["intfId"], "null" );
+    EXPECT_EQ( host["mtu"], 900 );
+    EXPECT_EQ( host["tagged"], true );
+    expectComplaint(
+        { "add", "b", "mtu=-5" }, 2, "mtu: expected a whole number from 0 to 4294967295, found '-5'"
+    );
+    expectComplaint(
+        { "add", "b", "deviceName=a: b, mtu: 5", "mtuu=5" }, 2,
+        "unknown key 'mtuu' in a host; did you mean 'mtu'?"
+    );
+}
+
 TEST_F( Ctl, AddedHostsJoinTheirGroups ) {
     addHosts( { "--group", "239.1.0.0/30", "--include", "10.9.9.1,10.9.9.2" } );
     Json const host = json( { "show", "rx-2" } )["rx-2"];

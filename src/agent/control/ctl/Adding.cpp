@@ -1,3 +1,7 @@
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+#include <cctype>
 #include <sstream>
 
 #include "agent/control/ctl/ChangeReport.h"
@@ -42,12 +46,35 @@ hostEntry( CtlOptions const& options ) {
     return host;
 }
 
+/// A word as a scenario has it, where no number stands in quotes: in quotes only where it has to be.
+std::string
+wordText( std::string const& word ) {
+    auto const isLetterOrDigit = []( char c ) {
+        return std::isalnum( static_cast<unsigned char>( c ) ) != 0;
+    };
+    bool const isPlain = !word.empty() && ( isLetterOrDigit( word[0] ) || word[0] == '.' ) &&
+                         std::all_of( word.begin(), word.end(), [&]( char c ) {
+                             return isLetterOrDigit( c ) || c == '.' || c == '+' || c == '-';
+                         } );
+    return isPlain && !YAML::IsNullString( word ) ? word : textOf( word );
+}
+
+std::string
+entryText( Json const& host ) {
+    std::string text;
+    for ( auto const& [key, value] : host.items() ) {
+        text += ( text.empty() ? "" : ", " ) + textOf( key ) + ": " +
+                ( value.is_string() ? wordText( value ) : textOf( value ) );
+    }
+    return "{" + text + "}";
+}
+
 /// The hosts to add, checked as those of a scenario are.
 Scenario
 scenarioOf( CtlOptions const& options ) {
     Diagnostics errors;
-    std::string const text = textOf( { { "hosts", Json::array( { hostEntry( options ) } ) } } );
-    Scenario scenario = readScenarioText( "", text, errors );
+    Scenario scenario =
+        readScenarioText( "", "hosts: [ " + entryText( hostEntry( options ) ) + " ]", errors );
     std::string told;
     for ( Diagnostic const& error : errors.entries() ) {
         told += ( told.empty() ? "" : "\nigmphost: error: " ) + error.text;
