@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <sys/socket.h>
 
+#include "platform/zornet/device/DeviceProvider.h"
 #include "tests/interop/FaultTest.h"
 
 namespace Interop {
@@ -65,6 +66,8 @@ TEST_F( SendBufferFaults, QueueOfTheLinkThatIsFullHoldsUpAndLosesNothing ) {
     hostsAre( count, Igmp::igmpVersion2 );
     slowLinkIs( 2'000 );
     burst( IpAddr( "239.1.1.2" ) );
+    ASSERT_TRUE( eventually( [] { return Zornet::deviceProvider().framesWaiting() != 0; } ) );
+    ASSERT_TRUE( eventually( [] { return Zornet::deviceProvider().framesWaiting() == 0; } ) );
     ASSERT_TRUE( eventually( [&] { return reportsSent() == 4 * count; } ) );
     EXPECT_EQ( framesLost( 0 ), 0U );
     expectNothingLostUncounted( 0, lostByDevices() );

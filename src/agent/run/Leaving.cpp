@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/IgmpHostSm.h"
+#include "platform/zornet/device/DeviceProvider.h"
 
 namespace Agent {
 
@@ -43,13 +44,14 @@ Leaving::leaveSome() {
     }
 }
 
-/// A host that owes nothing has nothing to come, so none is asked again.
+/// A host that owes nothing has nothing to come, so none is asked again. What hosts have sent may still wait
+/// in devices, for the turn's end or for room in a full queue.
 bool
 Leaving::isDone() {
     while ( !owing_.empty() && !owes( owing_.back() ) ) {
         owing_.pop_back();
     }
-    return owing_.empty() && left_ == hosts_.size();
+    return owing_.empty() && left_ == hosts_.size() && Zornet::deviceProvider().framesWaiting() == 0;
 }
 
 /// What is owed counts only where it will be sent: not at a host that has fallen back to an older version,

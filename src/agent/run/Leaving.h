@@ -8,7 +8,8 @@
 namespace Agent {
 
 /// Takes every host out of every group, and knows when the network has been told: before version 3 a leave
-/// is out at once, in version 3 a report and its repeats (RFC 3376 section 5.1) are owed first.
+/// is sent at once, in version 3 a report and its repeats (RFC 3376 section 5.1) are owed first. What devices
+/// cannot get rid of yet counts as not told.
 class Leaving {
   public:
     Leaving( Emulation& emulation, Kiv::Ptr<Lumo::TimerWheel const> const& wheel );

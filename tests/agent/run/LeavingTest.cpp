@@ -8,6 +8,21 @@ namespace Agent {
 
 namespace {
 
+struct FullDevice : Zornet::Device {
+    FullDevice() : Device( Zornet::NamespaceName( "" ), "full" ) {}
+    bool send( Zornet::EthDevPam const&, std::span<Zornet::U8 const> ) override { return true; }
+    std::size_t framesWaiting() const override { return waiting; }
+    std::size_t waiting = 3;
+};
+
+struct OneDeviceProvider : Zornet::DeviceProvider {
+    OneDeviceProvider() { device( Zornet::NamespaceName( "" ), "full" ); }
+    Kiv::Ptr<Zornet::Device> newDevice( Zornet::NamespaceName const&, Kiv::String8 const& ) override {
+        return full;
+    }
+    Kiv::Ptr<FullDevice> const full{ new FullDevice };
+};
+
 class LeavingTest : public HostsBench {
   protected:
     /// Hosts with one group that have had their time to announce it.
@@ -81,6 +96,17 @@ TEST_F( LeavingTest, IsToldThatSomebodyStoppedIt ) {
     signal->remainingIs( 0.01 );
     EXPECT_FALSE( leave() );
     EXPECT_LT( elapsed(), 100.1 );
+}
+
+/// A device whose queue is full for a while.
+TEST_F( LeavingTest, WaitsForWhatDevicesStillHold ) {
+    joinedHostsAre( "igmpVersion: 2" );
+    OneDeviceProvider provider;
+    Zornet::DeviceProviderScope const scope( provider );
+    Kiv::Ptr<Lab::Timer> const room( new Lab::Timer( wheel(), [&] { provider.full->waiting = 0; } ) );
+    room->remainingIs( 5.0 );
+    EXPECT_TRUE( leave() );
+    EXPECT_EQ( elapsed(), 105.0 );
 }
 
 TEST_F( LeavingTest, GreatManyHostsLeaveInSeveralTurns ) {

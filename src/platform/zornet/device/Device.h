@@ -31,6 +31,8 @@ class Device : public Kiv::PtrInterface {
     /// returns; the frame leaves later, and nothing is delivered to any port inside the call. False means
     /// that it was not taken.
     virtual bool send( EthDevPam const& sender, std::span<U8 const> frame ) = 0;
+    /// Frames that were taken and have not left yet.
+    virtual std::size_t framesWaiting() const { return 0; }
 
   protected:
     Device( NamespaceName const& ns, Kiv::String8 const& name, bool running = true )

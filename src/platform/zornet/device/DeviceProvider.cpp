@@ -24,6 +24,15 @@ DeviceProvider::device( NamespaceName const& ns, Kiv::String8 const& name ) {
     return device;
 }
 
+std::size_t
+DeviceProvider::framesWaiting() const {
+    std::size_t frames = 0;
+    for ( auto const& [name, device] : devices_ ) {
+        frames += device->framesWaiting();
+    }
+    return frames;
+}
+
 DeviceProvider&
 deviceProvider() {
     return *providerInForce();

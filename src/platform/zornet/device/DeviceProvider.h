@@ -15,6 +15,8 @@ class DeviceProvider {
 
     /// The device of that name, made on first demand. It need not exist on the machine.
     Kiv::Ptr<Device> device( NamespaceName const& ns, Kiv::String8 const& name );
+    /// Frames that wait to leave, of all devices made so far.
+    std::size_t framesWaiting() const;
 
   protected:
     virtual Kiv::Ptr<Device> newDevice( NamespaceName const& ns, Kiv::String8 const& name ) = 0;

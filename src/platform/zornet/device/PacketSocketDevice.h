@@ -32,6 +32,7 @@ class PacketSocketDevice : public Device,
     ~PacketSocketDevice() override;
 
     bool send( EthDevPam const& sender, std::span<U8 const> frame ) override;
+    std::size_t framesWaiting() const override { return batch_ ? batch_->size() : 0; }
 
   private:
     /// Why what waits cannot leave at present.
