@@ -13,6 +13,7 @@ if( NOT agentSources )
    igmphost_sources( agentSources src/agent/none )
 endif()
 add_library( igmphost_agent_lib STATIC ${agentSources} )
+igmphost_precompile( igmphost_agent_lib )
 target_link_libraries( igmphost_agent_lib PUBLIC
    igmphost_lab yaml-cpp nlohmann_json::nlohmann_json CLI11::CLI11 PkgConfig::pcap PkgConfig::prometheus )
 # By name alone: the flags of its package configuration would not suit the precompiled header of the tests.
