@@ -176,7 +176,7 @@ void
 expectSettled( std::vector<std::size_t> const& memory, U64 days ) {
     ASSERT_LT( memory.back(), memory.front() / 100 * 110 );
     if ( std::size_t const half = days / 2; half != 0 && memory.size() > half ) {
-        ASSERT_LT( memory.back(), memory[half - 1] / 100 * 102 );
+        ASSERT_LT( memory.back(), memory[half - 1] / 100 * 101 );
     }
 }
 
