@@ -208,7 +208,9 @@ TEST( Enumerations, VersionsAreReadFromTextByNameOrNumber ) {
         EXPECT_EQ( Traits::parse( std::to_string( one.number ) ), one.version );
         EXPECT_EQ( Traits::format( one.version ), one.name );
     }
-    EXPECT_THROW( Traits::parse( "4" ), Kiv::RangeException );
+    for ( char const* text : { "", "4", "12", "2 ", "-1", "/" } ) {
+        EXPECT_THROW( Traits::parse( text ), Kiv::RangeException ) << text;
+    }
 }
 
 } // namespace Igmp
