@@ -233,6 +233,30 @@ TEST_F( Simulate, HasNoBridgeToAsk ) {
     );
 }
 
+TEST_F( Simulate, RecordLargerThanThePacketFloodsAfterOneQuery ) {
+    std::string const path = folder_.fileWith(
+        "large.yaml",
+        "defaults: { deviceName: eth0, igmpVersion: 3 }\n"
+        "hosts:\n"
+        "  - { name: large, ipAddr: 10.0.0.1, macAddr: 02:00:00:00:00:01, mtu: 58,\n"
+        "      groups: [ { multicastAddr: 239.1.1.1, sources: 10.1.0.1-10.1.0.9 } ] }\n"
+        "  - { name: fits, ipAddr: 10.0.0.2, macAddr: 02:00:00:00:00:02, mtu: 90,\n"
+        "      groups: [ { multicastAddr: 239.1.1.1, sources: 10.1.0.1-10.1.0.9 } ] }\n"
+        "querier: { device: far, responseTime: 1 }\n"
+        "expect:\n"
+        "  - { at: 0, within: 2, hosts: large, v3GeneralQueryReceived: 1, "
+        "v3CurrentStateReportSent: '> 1000' }\n"
+        "  - { at: 0, within: 2, hosts: fits, v3GeneralQueryReceived: 1, v3CurrentStateReportSent: 1 }\n"
+    );
+    AgentProcess agent( { "run", "--simulate", path } );
+    EXPECT_EQ( agent.exitStatus(), 0 );
+    EXPECT_THAT(
+        agent.written( AgentProcess::errors ),
+        HasSubstr( "the report is sent again and again without a pause, past later queries too" )
+    );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "2 of 2 expectations met" ) );
+}
+
 TEST_F( Simulate, EveryExampleRunsAndMeetsWhatItExpects ) {
     std::filesystem::path const folder = std::filesystem::path( Support::sourceFolder() ) / "examples";
     for ( auto const& entry : std::filesystem::directory_iterator( folder ) ) {
@@ -270,7 +294,6 @@ TEST_F( Simulate, SignalEndsALastStatusThatNobodyReads ) {
     EXPECT_EQ( agent.exitStatus(), -SIGTERM );
 }
 
-/// A template makes that many groups in one call.
 TEST_F( Simulate, StandardOutputThatCannotTakeTheStatusOrTheOutcomeIsAFailure ) {
     for ( auto const& [option, what] : { std::pair( "--status", "status" ), { "--junit", "outcome" } } ) {
         AgentProcess agent(
@@ -288,6 +311,7 @@ TEST_F( Simulate, StandardOutputThatCannotTakeTheStatusOrTheOutcomeIsAFailure ) 
     }
 }
 
+/// A template makes that many groups in one call.
 TEST_F( Simulate, SignalEndsACallThatGoesOnForLong ) {
     AgentProcess agent( { "run", "--simulate", "--duration", "10",
                           folder_.fileWith(

@@ -308,9 +308,10 @@ TEST( Warnings, RecordThatIsLargerThanThePacketIsTold ) {
     std::string const tooLarge = hostWith( std::string( "groups: [ { " ) + sources + "65" );
     EXPECT_EQ( warningsOf( fits ), "" );
     EXPECT_EQ(
-        warningsOf( tooLarge ), ":3:34: error: group 239.1.1.1: a record of its 3 sources is larger than the "
-                                "mtu, and a change of filter "
-                                "mode is never reported whole\n"
+        warningsOf( tooLarge ),
+        ":3:34: error: group 239.1.1.1: a record of its 3 sources is larger than the mtu; a change of filter "
+        "mode is never reported whole, and after a general query the report is sent again and again without "
+        "a pause, past later queries too\n"
     );
 }
 

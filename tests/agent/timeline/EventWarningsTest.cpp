@@ -400,8 +400,9 @@ TEST( EventWarnings, SmallerPacketsAreHeldAgainstTheLongestRecord ) {
             ", igmpVersion: 3, groups: [ 239.1.1.1, { multicastAddr: 239.1.1.2, sources: "
             "10.1.1.1-10.1.1.3 }, 239.1.1.3 ]"
         ),
-        ":4:5: error: group 239.1.1.2: a record of its 3 sources is larger than the mtu, and a change of "
-        "filter mode is never reported whole\n"
+        ":4:5: error: group 239.1.1.2: a record of its 3 sources is larger than the mtu; a change of filter "
+        "mode is never reported whole, and after a general query the report is sent again and again without "
+        "a pause, past later queries too\n"
     );
 }
 

@@ -105,8 +105,11 @@ GroupWarnings::checkSources( GroupSpec const& group ) {
     U32 const mtu = host_.settings.value<U32>( IgmpHost::attrMtu );
     if ( headerBytes( host_ ) + recordBytes( group.sources.count() ) > mtu ) {
         warn(
-            group, ": a record of its " + std::to_string( group.sources.count() ) +
-                       " sources is larger than the mtu, and a change of filter mode is never reported whole"
+            group,
+            ": a record of its " + std::to_string( group.sources.count() ) +
+                " sources is larger than the mtu; a change of filter mode is never reported whole, and "
+                "after a general query the report is sent again and again without a pause, past later "
+                "queries too"
         );
     }
 }
