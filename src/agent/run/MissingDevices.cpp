@@ -40,11 +40,11 @@ missingOf( Place const& place ) {
     return "device " + place.device + ( place.ns.empty() ? "" : " in " + place.ns );
 }
 
-} // namespace
+using Places = std::map<Place, std::string>; // with who needs it
 
-std::vector<std::string>
-missingDevices( Scenario const& scenario ) {
-    using Places = std::map<Place, std::string>; // with who needs it
+/// Who needs a place first is kept.
+Places
+neededPlaces( Scenario const& scenario ) {
     Places atStart;
     Places later;
     scenario.forEachEntry( [&]( HostSpec const& spec, U32, U32 ) {
@@ -56,10 +56,24 @@ missingDevices( Scenario const& scenario ) {
                            std::string( scenario.querier->device.view() ) };
         atStart.emplace( place, " for the querier" );
     }
+    for ( Expectation const& expectation : scenario.expectations ) {
+        for ( MembershipCondition const& condition : expectation.memberships ) {
+            if ( auto const& bridge = condition.bridge ) {
+                atStart.emplace( Place{ bridge->ns, bridge->device }, " for an expectation" );
+            }
+        }
+    }
     atStart.merge( later );
+    return atStart;
+}
+
+} // namespace
+
+std::vector<std::string>
+missingDevices( Scenario const& scenario ) {
     std::vector<std::string> missing;
     std::map<std::string, std::size_t> told; // several places may lie in one namespace that is missing
-    for ( auto const& [place, who] : atStart ) {
+    for ( auto const& [place, who] : neededPlaces( scenario ) ) {
         std::string const one = place.device.empty() ? "" : missingOf( place );
         if ( one.empty() ) {
             continue;

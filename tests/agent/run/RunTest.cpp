@@ -202,6 +202,27 @@ TEST_F( Run, MissingDeviceOfTheQuerierOrOfLaterHostsKeepsItFromBeginning ) {
     );
 }
 
+TEST_F( Run, MissingBridgeOfAnExpectationKeepsItFromBeginning ) {
+    cableIs();
+    std::string const more = folder_.fileWith(
+        "more.yaml", "expect:\n"
+                     "  - { at: 0, bridge: { device: br9, ns: " +
+                         far_->name() +
+                         ", joined: 239.1.1.1 } }\n"
+                         "  - { at: 0, bridge: { device: br9, ns: none9, joined: 239.1.1.1 } }\n"
+    );
+    AgentProcess agent( { "run", scenario(), more } );
+    EXPECT_EQ( agent.exitStatus(), 1 );
+    constexpr char wait[] = " for an expectation; --wait-for-device waits for it\n";
+    EXPECT_EQ(
+        agent.written( AgentProcess::errors ), "igmphost: error: there is no device br9 in " + far_->name() +
+                                                   wait + "igmphost: error: there is no namespace none9" +
+                                                   wait
+    );
+    AgentProcess waiting( { "run", scenario(), more, "--wait-for-device" } );
+    EXPECT_EQ( waiting.exitStatus(), 3 );
+}
+
 TEST_F( Run, WhatIsLostIsNotToldAsSent ) {
     std::string const more = folder_.fileWith(
         "more.yaml",
