@@ -1,6 +1,7 @@
 #include "agent/scenario/Warnings.h"
 
 #include "agent/scenario/WorkProgress.h"
+#include "agent/scenario/warnings/DurationWarning.h"
 #include "agent/scenario/warnings/EventAddresses.h"
 #include "agent/scenario/warnings/EventWarnings.h"
 #include "agent/scenario/warnings/GroupWarnings.h"
@@ -27,6 +28,7 @@ scenarioWarnings( Scenario const& scenario ) {
     EventWarnings( scenario, warnings ).check();
     EventAddresses( scenario, link, warnings ).check();
     for ( Expectation const& expectation : scenario.expectations ) {
+        warnOfTimeBehindEnd( scenario, expectation.time.value_or( 0.0 ), expectation.at, warnings );
         if ( expectation.total && scenario.shard.shards > 1 ) {
             warnings.add( expectation.at, "total: each share sums up its own hosts alone" );
         }

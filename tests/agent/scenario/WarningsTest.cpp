@@ -301,6 +301,20 @@ TEST( Warnings, SourcesBeforeVersion3AreTold ) {
     );
 }
 
+TEST( Warnings, ExpectationBehindTheEndIsTold ) {
+    std::string const host = "hosts: [ { name: a, ipAddr: 10.0.0.1, macAddr: '02:00:00:00:00:01', "
+                             "deviceName: eth0 } ]\n";
+    std::string const expectations = "expect:\n"
+                                     "  - { v2ReportsSent: 0 }\n"
+                                     "  - { at: 100, within: 5, v2ReportsSent: 0 }\n"
+                                     "  - { at: 100.5, v2ReportsSent: 0 }\n";
+    EXPECT_EQ( warningsOf( host + expectations ), "" );
+    EXPECT_EQ(
+        warningsOf( host + expectations + "duration: 100\n" ),
+        ":5:5: error: at: 100.5 s does not come; the duration is 100 s\n"
+    );
+}
+
 TEST( Warnings, RecordThatIsLargerThanThePacketIsTold ) {
     char const* const sources =
         "multicastAddr: 239.1.1.1, sources: [ 10.0.0.1, 10.0.0.2, 10.0.0.3 ] } ], mtu: ";

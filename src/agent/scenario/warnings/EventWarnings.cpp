@@ -5,6 +5,7 @@
 #include <tuple>
 
 #include "agent/scenario/WorkProgress.h"
+#include "agent/scenario/warnings/DurationWarning.h"
 
 namespace Agent {
 
@@ -107,7 +108,7 @@ EventWarnings::check() {
     std::vector<Event const*> events;
     for ( Event const& event : scenario_.events ) {
         if ( !event.faulty ) {
-            checkTime( event );
+            warnOfTimeBehindEnd( scenario_, event.time, event.at, warnings_ );
             checkRate( event );
             events.push_back( &event );
         }
@@ -128,16 +129,6 @@ EventWarnings::check() {
             );
             return;
         }
-    }
-}
-
-void
-EventWarnings::checkTime( Event const& event ) {
-    if ( scenario_.duration && event.time > *scenario_.duration ) {
-        warnings_.add(
-            event.at, "at: " + textOf( event.time ) + " s does not come; the duration is " +
-                          textOf( *scenario_.duration ) + " s"
-        );
     }
 }
 

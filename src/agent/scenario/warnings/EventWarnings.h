@@ -36,7 +36,6 @@ class EventWarnings {
     using Changes = std::map<Kind, Kind>;
     static constexpr Kind unknown = ~U32{ 0 };
 
-    void checkTime( Event const& event );
     void checkRate( Event const& event );
     void checkHosts( Event const& event );
     void select( HostSelection const& selection );
