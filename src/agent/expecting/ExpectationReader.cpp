@@ -91,7 +91,7 @@ ExpectationReader::readStatus( YamlField const& field ) {
     hasStatus_ = true;
     Kiv::Attribute const* const row = Kiv::findAttribute( Igmp::IgmpHostStatus::attributes(), field.key );
     auto const comparison = file_.yaml.readParsed( field, [&]( std::string_view text ) {
-        return std::optional( Comparison( *row->type, text ) );
+        return std::optional( Comparison( *row->type, plainText( field, text, *row->type ) ) );
     } );
     if ( comparison ) {
         expectation_.status.push_back( { row, **comparison } );
@@ -128,8 +128,9 @@ ExpectationReader::readMembershipKey( YamlField const& field, MembershipConditio
     } else if ( field.key == "notJoined" ) {
         readGroups( file_, field, condition.notJoined );
     } else if ( field.key == "groupCount" ) {
-        auto const count = file_.yaml.readParsed( field, []( std::string_view text ) {
-            return std::optional( Comparison( Kiv::valueType<U32>, text ) );
+        auto const count = file_.yaml.readParsed( field, [&field]( std::string_view text ) {
+            Kiv::ValueType const& type = Kiv::valueType<U32>;
+            return std::optional( Comparison( type, plainText( field, text, type ) ) );
         } );
         condition.groupCount = count.value_or( std::nullopt );
     } else if ( field.key == "device" ) {

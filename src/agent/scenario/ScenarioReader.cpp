@@ -48,6 +48,7 @@ class Reading {
     AddressFiles addressFiles_{ scenario_.files, errors_ };
     HostNames hostNames_;
     bool defaultsFaulty_ = false;
+    std::optional<Position> hostsAt_;        ///< where they are first listed
     std::map<std::string, Position> single_; ///< where keys stand that one file alone may have
 };
 
@@ -116,6 +117,7 @@ Reading::readText( std::string const& name, std::string const& text ) {
 void
 Reading::readHosts( ScenarioFile& file, YamlField const& field ) {
     U64 done = 0;
+    hostsAt_ = hostsAt_.value_or( field.at );
     file.yaml.readList( field, [&]( YamlField const& host ) {
         WorkProgress::tell( "entries of hosts read", done++, field.value.size() );
         scenario_.hosts.push_back( readHost( file, host ) );
@@ -203,7 +205,7 @@ Reading::take() {
     resolveEvents( scenario_, errors_ );
     resolveExpectations( scenario_, errors_ );
     if ( errors_.empty() && scenario_.hosts.empty() && scenario_.events.empty() ) {
-        errors_.add( { 0 }, "expected at least one host, found none" );
+        errors_.add( hostsAt_.value_or( Position{ 0 } ), "expected at least one host, found none" );
     }
     return std::move( scenario_ );
 }

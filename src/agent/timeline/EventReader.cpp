@@ -320,7 +320,7 @@ eventKeys() {
         { "rate",
           "How many hosts, or groups of hosts, are served per second, such as 500/s; all at once "
           "where not set",
-          R"({"anyOf":[{"type":"number","exclusiveMinimum":0},{"type":"string","pattern":"^[0-9.]+(/(s|min|h))?$"}]})" },
+          R"({"anyOf":[{"type":"number","exclusiveMinimum":0},{"type":"string","pattern":"^(?=[0-9.]*[1-9])([0-9]+\\.?[0-9]*|\\.[0-9]+)([eE][-+]?[0-9]+)?(/(s|min|h))?$"}]})" },
         { "hosts",
           "Names of hosts, of entries with a count, or patterns with * and ?; every host where not set",
           hostNamesSchema },

@@ -181,7 +181,7 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{ "hosts: 5", ":1:8: error: hosts: expected a list, found '5'\n" },
         Fault{ "hosts:", ":1:1: error: hosts: expected a list, found nothing\n" },
         Fault{ "hosts: [ rx ]", ":1:10: error: hosts: expected a map that describes a host, found 'rx'\n" },
-        Fault{ "hosts: []", ": error: expected at least one host, found none\n" },
+        Fault{ "hosts: []", ":1:8: error: expected at least one host, found none\n" },
         Fault{ "hosts: [ { name: a, ipAddr: [ 10.0.0.1 ] } ]",
                ":1:29: error: ipAddr: expected a single value, found a list\n" },
         Fault{ "hosts: [ { name: a, ns: { b: c } } ]",

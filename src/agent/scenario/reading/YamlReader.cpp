@@ -27,10 +27,19 @@ foundAt( YAML::Node const& node ) {
     }
 }
 
-/// YAML writes infinity as ".inf".
+/// The same number without a fraction of zeros.
 std::string_view
-plainText( std::string_view text, Kiv::ValueType const& type ) {
-    return type.form == Kiv::ValueForm::real && text == ".inf" ? "inf" : text;
+wholeText( std::string_view text ) {
+    std::size_t const point = text.find( '.' );
+    bool const isWhole = point != 0 && point != std::string_view::npos && point + 1 < text.size() &&
+                         text.find_first_not_of( "0123456789" ) == point &&
+                         text.find_first_not_of( '0', point + 1 ) == std::string_view::npos;
+    return isWhole ? text.substr( 0, point ) : text;
+}
+
+bool
+hasQuotes( YamlField const& field ) {
+    return field.value.IsScalar() && field.value.Tag() == "!"; // which the parser gives it
 }
 
 /// JSON has no infinity, so a text stands for it.
@@ -83,6 +92,16 @@ secondDocument( std::string const& text ) {
 }
 
 } // namespace
+
+std::string_view
+plainText( YamlField const& field, std::string_view text, Kiv::ValueType const& type ) {
+    if ( type.form == Kiv::ValueForm::real && text == ".inf" ) {
+        return "inf";
+    }
+    bool const isNumber =
+        type.form == Kiv::ValueForm::unsignedInteger || type.form == Kiv::ValueForm::enumeration;
+    return isNumber && !hasQuotes( field ) ? wholeText( text ) : text;
+}
 
 std::optional<YAML::Node>
 YamlReader::document( std::string const& text ) {
@@ -253,20 +272,21 @@ YamlReader::readText( YamlField const& field ) {
 std::optional<Kiv::U64>
 YamlReader::readWhole( YamlField const& field, Kiv::U64 least, Kiv::U64 greatest ) {
     return readUnquoted( field, [&]( std::string_view text ) {
-        return wholeNumberOf( text, least, greatest );
+        return wholeNumberOf( wholeText( text ), least, greatest );
     } );
 }
 
 std::optional<std::any>
 YamlReader::readValue( YamlField const& field, Kiv::ValueType const& type ) {
-    auto const parse = [&]( std::string_view text ) { return valueOf( type, plainText( text, type ) ); };
+    auto const parse = [&]( std::string_view text ) {
+        return valueOf( type, plainText( field, text, type ) );
+    };
     return mayBeQuoted( field, type ) ? readParsed( field, parse ) : readUnquoted( field, parse );
 }
 
-/// YAML's parser gives a single value in quotes this tag.
 bool
 YamlReader::isQuoted( YamlField const& field ) {
-    bool const isQuoted = field.value.IsScalar() && field.value.Tag() == "!";
+    bool const isQuoted = hasQuotes( field );
     if ( isQuoted ) {
         error( field.at, field.key + ": expected no quotes, found '" + field.value.Scalar() + "' in quotes" );
     }

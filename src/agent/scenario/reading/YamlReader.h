@@ -24,6 +24,10 @@ struct YamlField {
     Position at;
 };
 
+/// A text as values of the type have it: YAML writes infinity as ".inf", and to a JSON Schema 2.0 is a whole
+/// number.
+std::string_view plainText( YamlField const& field, std::string_view text, Kiv::ValueType const& type );
+
 /// Takes the nodes of one file apart. What is not as it should be becomes an error with its place, and the
 /// reading goes on behind it, so that one pass finds everything.
 class YamlReader {

@@ -86,6 +86,9 @@ TEST_F( Schema, TakesWhatTheReaderTakes ) {
                                    "  - { at: 5, add: { name: b, ipAddr: 10.0.0.2 } }\n"
                                    "  - { at: 6, hosts: b, delete: true }\n"
                                    "expect:\n  - { hosts: a, v2ReportsSent: '>= 2', igmpVersion: 2 }\n",
+          withHost( "mtu: 900.0, count: 2.0, igmpVersion: 2.0" ) +
+              "\nevents: [ { at: 1, rate: 0.5/s, enable: true }, { at: 1, rate: .5e1/min, enable: true } ]\n"
+              "expect: [ { v2ReportsSent: 2.0, igmpVersion: 2.0, unsolicitedReportInterval: .inf } ]",
           withHost( "intfId: 5, igmpVersion: '2', ns: 7, v1RouterPresentTimeout: 'inf'" ),
           withHost( "mtu: 900" ) +
               "\nevents:\n  - { at: 1, times: 2, zap: { groups: 239.1.1.1, dwell: 1 } }\n"
@@ -138,6 +141,13 @@ TEST_F( Schema, RefusesWhatTheReaderRefuses ) {
           withHost( "mtu: 900" ) + "\nexpect: [ { hosts: a, bridge: { device: b, groupCount: 2 } } ]",
           withHost( "mtu: 900" ) + "\nexpect: [ { total: true, igmpVersion: 2 } ]",
           withHost( "mtu: 900" ) + "\nexpect: [ { bridge: { device: b, groupCount: '=> 2' } } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { v2ReportsSent: '2.0' } ]",
+          withHost( "mtu: 900" ) + "\nexpect: [ { v2ReportsSent: 2.5 } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, rate: 0/s, enable: true } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, rate: '0.0', enable: true } ]",
+          withHost( "mtu: 900" ) + "\nevents: [ { at: 1, rate: 1.2.3/s, enable: true } ]",
+          withHost( "igmpVersion: '2.0'" ),
+          withHost( "mtu: 900.5" ),
           "hosts: [ { mtu: 900 } ]",
           "hosts: 5",
           "- a",
