@@ -176,8 +176,8 @@ expectationKeys() {
         { "at", "When it is looked at, in seconds after the start; at the end where not set", notNegative },
         { "within", "How many seconds it may take from then on to come true [0]", notNegative },
         { "hosts",
-          "Whose status is looked at: names of hosts, of entries with a count, or patterns with * and ?; "
-          "every host where not set",
+          "Whose status is looked at: names of hosts, of entries with a count, or patterns, with *, ?, [ or "
+          "\\ in them; every host where not set",
           hostNamesSchema },
         { "total", "Compare the sum over the hosts, not each of them [false]", R"({"type":"boolean"})" },
         { "querier", "What the querier of the scenario is to know",
