@@ -12,6 +12,13 @@ namespace {
 
 constexpr U16 untagged = 0;
 
+/// What tags bear for it: the engine sends a number that is no VLAN cut to the tag's twelve bits.
+U16
+tagOf( U16 vlanId ) {
+    constexpr U16 mask = 0xfff;
+    return vlanId & mask;
+}
+
 /// As the scenario wants its querier, or of the latest version that a host speaks.
 Lab::QuerierConfig
 configFor( Scenario const& scenario ) {
@@ -35,7 +42,7 @@ Simulation::Simulation( Scenario const& scenario ) : config_( configFor( scenari
         Link& link = linkOf( spec );
         bool const tagged = spec.settings.value<bool>( IgmpHost::attrTagged );
         for ( U32 i = 0; i < ( tagged && spec.vlanStep != 0 ? spec.count : 1 ); ++i ) {
-            addQuerier( link, tagged ? spec.vlanId( i ) : untagged );
+            addQuerier( link, tagged ? tagOf( spec.vlanId( i ) ) : untagged );
         }
     }
 }
@@ -66,10 +73,11 @@ Simulation::linkOf( HostSpec const& spec ) {
     return at->second;
 }
 
+/// In what is no VLAN nobody asks, as on a device.
 void
 Simulation::addQuerier( Link& link, U16 vlanId ) {
     std::unique_ptr<Lab::Querier>& querier = link.queriers[vlanId];
-    if ( querier || link.name.empty() ) {
+    if ( querier || link.name.empty() || vlanId > Bridging::VlanId::max ) {
         return;
     }
     Lab::QuerierConfig config = config_;

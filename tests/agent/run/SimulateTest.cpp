@@ -233,6 +233,25 @@ TEST_F( Simulate, HasNoBridgeToAsk ) {
     );
 }
 
+TEST_F( Simulate, HostOfWhatIsNoVlanSendsWithTheTagThatItsNumberLeaves ) {
+    std::string const path = folder_.fileWith(
+        "s.yaml",
+        "defaults: { deviceName: eth0, igmpVersion: 3, tagged: true }\n"
+        "hosts:\n"
+        "  - { name: cut, vlanId: 5000, ipAddr: 10.0.0.1, macAddr: 02:00:00:00:00:01, groups: 239.1.1.1 }\n"
+        "  - { name: last, vlanId: 4095, ipAddr: 10.0.0.2, macAddr: 02:00:00:00:00:02, groups: 239.1.1.2 }\n"
+        "  - { name: in, vlanId: 904, ipAddr: 10.0.0.3, macAddr: 02:00:00:00:00:03, groups: 239.1.1.3 }\n"
+        "querier: { device: far, interval: 60 }\n"
+        "expect:\n"
+        "  - { at: 5, querier: { joined: [ 239.1.1.1, 239.1.1.3 ], groupCount: 2 } }\n"
+        "  - { at: 100, hosts: [ cut, last ], v3GeneralQueryReceived: 0, v3StateChangeReportSent: 1 }\n"
+        "  - { at: 100, hosts: in, v3GeneralQueryReceived: '> 1' }\n"
+    );
+    AgentProcess agent( { "run", "--simulate", path } );
+    EXPECT_EQ( agent.exitStatus(), 0 ) << agent.written( AgentProcess::errors );
+    EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "3 of 3 expectations met" ) );
+}
+
 TEST_F( Simulate, RecordLargerThanThePacketFloodsAfterOneQuery ) {
     std::string const path = folder_.fileWith(
         "large.yaml",
