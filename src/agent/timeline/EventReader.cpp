@@ -322,9 +322,8 @@ eventKeys() {
           "where not set",
           R"({"anyOf":[{"type":"number","exclusiveMinimum":0},{"type":"string","pattern":"^(?=[0-9.]*[1-9])([0-9]+\\.?[0-9]*|\\.[0-9]+)([eE][-+]?[0-9]+)?(/(s|min|h))?$"}]})" },
         { "hosts",
-          "Names of hosts, of entries with a count, or patterns, with *, ?, [ or \\ in them; every host "
-          "where "
-          "not set",
+          "Names of hosts, of entries with a count, or patterns, with *, ?, [ or \\ in them; "
+          "every host where not set",
           hostNamesSchema },
         { "set", "Attributes that the hosts are set to; ipAddr and macAddr step by one from host to host",
           R"({"$ref":"#/definitions/changes"})" },
