@@ -9,6 +9,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 class Ctl : public ControlledAgent {};
@@ -138,6 +139,29 @@ TEST_F( Ctl, AddIsCheckedAsAScenarioIs ) {
     EXPECT_THAT(
         warned.errors, HasSubstr( "igmphost: warning: rx: without deviceName the host is on no wire\n" )
     );
+}
+
+TEST_F( Ctl, AddressThatAnotherHostHasIsWarnedOf ) {
+    addHosts();
+    std::vector<std::string> const words{ "add", "b", "ipAddr=10.0.0.2", "macAddr=02:00:00:00:00:03",
+                                          "deviceName=none0" };
+    constexpr char ip[] =
+        "igmphost: warning: b: ipAddr: 10.0.0.2 on none0 is taken already, by host 'rx-2'\n";
+    constexpr char mac[] =
+        "igmphost: warning: b: macAddr: 02:00:00:00:00:03 on none0 is taken already, by host 'rx-3'\n";
+    EXPECT_EQ( ctl( words ).errors, std::string( ip ) + mac );
+    EXPECT_EQ( ctl( { "set", "b", "mtu=1400", "--force" } ).errors, "" );
+    EXPECT_EQ( ctl( { "set", "b", "macAddr=02:00:00:00:00:09" } ).errors, ip );
+    EXPECT_EQ( ctl( { "set", "b", "deviceName=none1" } ).errors, "" );
+    EXPECT_EQ( ctl( { "set", "b", "deviceName=none0" } ).errors, ip );
+    EXPECT_EQ( ctl( { "add", "b", "--update", "tagged=true", "vlanId=5" } ).errors, "" );
+    EXPECT_EQ( ctl( { "add", "b", "--update", "tagged=false", "vlanId=0" } ).errors, ip );
+}
+
+TEST_F( Ctl, HostsWithoutAddressesShareNone ) {
+    ctl( { "add", "a", "deviceName=none0" } );
+    EXPECT_THAT( ctl( { "add", "b", "deviceName=none0" } ).errors, Not( HasSubstr( "taken" ) ) );
+    EXPECT_EQ( ctl( { "set", "a", "deviceName=none0" } ).errors, "" );
 }
 
 TEST_F( Ctl, DeletedHostsAreGone ) {

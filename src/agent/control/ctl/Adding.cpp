@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <cctype>
+#include <set>
 #include <sstream>
 
 #include "agent/control/ctl/ChangeReport.h"
 #include "agent/control/ctl/Consent.h"
 #include "agent/control/ctl/Ctl.h"
 #include "agent/control/ctl/GenerationStep.h"
+#include "agent/control/ctl/TakenAddresses.h"
 #include "agent/hosts/HostRegrets.h"
 #include "agent/output/AttributeJson.h"
 #include "agent/scenario/ScenarioLoader.h"
@@ -100,15 +102,24 @@ void
 demandConsent( CtlOptions const& options, Scenario const& scenario, Igmp::IgmpHostDir const& dir ) {
     Consent consent;
     bool hasNew = false;
+    std::set<Igmp::IgmpHost const*> updated;
     scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
-        Kiv::Ptr<Igmp::IgmpHost> const present = dir.igmpHost( spec.hostName( index ) );
+        updated.insert( dir.igmpHost( spec.hostName( index ) ).get() );
+    } );
+    TakenAddresses const taken( dir, updated );
+    scenario.forEachHost( [&]( HostSpec const& spec, U32 index ) {
+        std::string const name = spec.hostName( index );
+        Settings const settings = spec.settingsOf( index );
+        Kiv::Ptr<Igmp::IgmpHost> const present = dir.igmpHost( name );
         if ( !present ) {
             hasNew = true;
+            consent.add( name, taken.regrets( settings ) );
             return;
         }
-        HostSpec after = hostSpecOf( *present, spec.settingsOf( index ) );
+        consent.add( name, taken.regrets( *present, settings ) );
+        HostSpec after = hostSpecOf( *present, settings );
         after.groups.insert( after.groups.end(), spec.groups.begin(), spec.groups.end() );
-        consent.add( spec.hostName( index ), newRegrets( hostSpecOf( *present ), after ) );
+        consent.add( name, newRegrets( hostSpecOf( *present ), after ) );
     } );
     if ( hasNew ) {
         consent.add( options.host, scenarioWarnings( scenario ).entries() );

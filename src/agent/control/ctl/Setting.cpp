@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <set>
 
 #include "agent/control/ctl/ChangeReport.h"
 #include "agent/control/ctl/Consent.h"
 #include "agent/control/ctl/Ctl.h"
 #include "agent/control/ctl/GenerationStep.h"
+#include "agent/control/ctl/TakenAddresses.h"
 #include "agent/hosts/Generations.h"
 #include "agent/hosts/HostRegrets.h"
 #include "agent/scenario/Suggestion.h"
@@ -71,6 +73,23 @@ sharedRegrets( Hosts const& hosts, Settings const& changes ) {
     return regrets;
 }
 
+Consent
+judge( Igmp::IgmpHostDir const& dir, Hosts const& hosts, Settings const& changes ) {
+    std::set<IgmpHost const*> changing;
+    for ( auto const& host : hosts ) {
+        changing.insert( host.get() );
+    }
+    TakenAddresses const taken( dir, changing );
+    Consent consent;
+    for ( auto const& host : hosts ) {
+        std::string const name = host->name().charPtr();
+        consent.add( name, newRegrets( hostSpecOf( *host ), hostSpecOf( *host, changes ) ) );
+        consent.add( name, taken.regrets( *host, changes ) );
+    }
+    consent.add( told( hosts ), sharedRegrets( hosts, changes ) );
+    return consent;
+}
+
 std::vector<std::string>
 namesOf( std::vector<Kiv::Attribute const*> const& rows ) {
     std::vector<std::string> names;
@@ -88,14 +107,7 @@ ctlSet( CtlOptions const& options ) {
     ControlClient client( options.path, options.patience );
     client.synchronise();
     ChangeReport report{ "set", {}, selectedHosts( client, options.host ), {} };
-    Consent consent;
-    for ( auto const& host : report.hosts ) {
-        consent.add(
-            host->name().charPtr(), newRegrets( hostSpecOf( *host ), hostSpecOf( *host, changes ) )
-        );
-    }
-    consent.add( told( report.hosts ), sharedRegrets( report.hosts, changes ) );
-    consent.demand( options.isForced );
+    judge( client.hostDir(), report.hosts, changes ).demand( options.isForced );
     Kiv::U32 const step = generationStep();
     for ( auto const& host : report.hosts ) {
         report.raised = namesOf( setHost( *host, changes, step ) );

@@ -149,10 +149,12 @@ LinkWarnings::checkChannels( HostSpec const& spec ) {
     }
 }
 
+/// A host that stands in no file is known by its name alone.
 std::string
 LinkWarnings::told( Owner const& owner, Position const& from ) const {
-    return "host '" + owner.spec->hostName( owner.index ) + "' in " +
-           placeSeenFrom( owner.spec->at, from, scenario_.files );
+    Position const& at = owner.spec->at;
+    std::string const name = "host '" + owner.spec->hostName( owner.index ) + "'";
+    return at.line == 0 ? name : name + " in " + placeSeenFrom( at, from, scenario_.files );
 }
 
 } // namespace Agent
