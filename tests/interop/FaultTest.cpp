@@ -161,7 +161,7 @@ void
 FaultTest::expectNothingLostUncounted( U64 stops, U64 lostByDevice ) {
     eventually( [&] {
         hear();
-        return heard_.size() + framesLost( stops ) >= reportsSent();
+        return heard_.size() + framesLost( stops ) + lostByDevice >= reportsSent();
     } );
     EXPECT_LE( heard_.size() + framesLost( stops ), reportsSent() );
     EXPECT_GE( heard_.size() + framesLost( stops ) + lostByDevice, reportsSent() )
