@@ -42,9 +42,10 @@ Hosts::Hosts( Plan const& plan )
             host->igmpVersionForcedIs( true );
             host->v1MaxResponseTimeIs( 0 );
         }
-        host->unsolicitedReportIntervalIs( plan.unsolicitedReportInterval );
         host->intfConfigVersionIs( 1 );
         host->enabledIs( true );
+        // Before that it would not reach a version 2 host.
+        host->unsolicitedReportIntervalIs( plan.unsolicitedReportInterval );
         for ( std::size_t g = 0; g < plan.groups; ++g ) {
             join( *host, g, plan.sources );
         }
