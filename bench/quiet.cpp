@@ -7,14 +7,12 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstring>
 #include <thread>
 
 #include "bench/support/Figures.h"
 #include "bench/support/Hosts.h"
 #include "bench/support/SharedCounter.h"
 #include "bench/support/VethPair.h"
-#include "platform/zornet/IpMcastMacAddr.h"
 #include "tests/support/PacketEnd.h"
 
 namespace {
@@ -48,22 +46,14 @@ usageOver( Kiv::Seconds time ) {
     return { after.seconds - before.seconds, after.sleeps - before.sleeps };
 }
 
-/// A UDP frame to a group that every host has joined.
-Support::Bytes
-dataFrame() {
-    Support::Bytes frame = Bench::generalQuery( 0, false );
-    frame.resize( 60 );
-    auto const mac = Zornet::ipMcastMacAddr( Hosts::group( 0 ) );
-    std::memcpy( frame.data(), &mac, 6 );
-    frame[23] = 17; // the protocol
-    return frame;
-}
-
-/// Sends at the rate asked for until it is killed, and tells how many it has sent.
+/// Sends data to a group that every host has joined, at the rate asked for until it is killed, and tells how
+/// many frames it has sent.
 [[noreturn]] void
 flood( Bench::VethPair const& link, std::size_t volatile& sent ) {
     Support::PacketEnd socket( link.farNs, Bench::VethPair::farDevice );
-    std::vector<Support::Bytes> const batch( 64, dataFrame() );
+    std::vector<Support::Bytes> const batch(
+        64, Lab::dataFrame( Zornet::IpAddr( "10.255.255.254" ), Hosts::group( 0 ) )
+    );
     auto const start = std::chrono::steady_clock::now();
     for ( std::size_t total = 0;; ) {
         double const past = std::chrono::duration<double>( std::chrono::steady_clock::now() - start ).count();

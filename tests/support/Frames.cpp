@@ -69,8 +69,8 @@ fixIpChecksum( Bytes& frame, std::size_t headerBytes ) {
 
 Bytes
 igmpMessage( IgmpMessageType type, U8 code, IpAddr const& group ) {
-    Bytes message{ static_cast<U8>( type ), code, 0, 0 };
-    append( message, group );
+    auto const& addr = group.bytes();
+    Bytes message{ static_cast<U8>( type ), code, 0, 0, addr[0], addr[1], addr[2], addr[3] };
     checksum( message );
     return message;
 }
@@ -139,6 +139,19 @@ v2Leave( IpAddr const& src, IpAddr const& group ) {
 Bytes
 v3Report( IpAddr const& src, std::vector<GroupRecord> const& records ) {
     return igmpFrame( src, allV3Routers, v3ReportMessage( records ) );
+}
+
+Bytes
+dataFrame( IpAddr const& src, IpAddr const& group ) {
+    constexpr std::size_t ipHeaderAt = 14;
+    constexpr std::size_t headerBytes = 20;
+    constexpr std::size_t leastFrame = 60;
+    Manner plain;
+    plain.routerAlert = false;
+    Bytes frame = igmpFrame( src, group, Bytes( leastFrame - ipHeaderAt - headerBytes ), plain );
+    frame[ipHeaderAt + 9] = 17; // UDP
+    fixIpChecksum( frame, headerBytes );
+    return frame;
 }
 
 } // namespace Lab

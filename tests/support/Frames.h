@@ -54,4 +54,7 @@ Bytes v2Report( IpAddr const& src, IpAddr const& group );
 Bytes v2Leave( IpAddr const& src, IpAddr const& group );
 Bytes v3Report( IpAddr const& src, std::vector<GroupRecord> const& records );
 
+/// A datagram of the least length to a group, as a sender of multicast data puts it onto the wire.
+Bytes dataFrame( IpAddr const& src, IpAddr const& group );
+
 } // namespace Lab
