@@ -23,7 +23,7 @@ constexpr Bench::U8 responseCode = 10; // tenths of a second
 struct Punctuality {
     std::vector<double> lateness; ///< of each answer, ascending, ms
     double afterEnd;              ///< from the end of the response time to the last answer, ms
-    std::size_t lost;
+    std::size_t lost;             ///< hosts of which no answer came
 
     double percentile( double part ) const {
         return lateness[static_cast<std::size_t>( part * static_cast<double>( lateness.size() - 1 ) )];
@@ -49,10 +49,13 @@ deadlines( Hosts& hosts ) {
 
 Punctuality
 judge( std::vector<Arrival> const& answers, std::vector<double> const& due, double asked ) {
-    Punctuality result{ {}, afterEnd( answers, asked ), due.size() - answers.size() };
+    Punctuality result{ {}, afterEnd( answers, asked ), due.size() - Support::senders( answers ) };
     for ( Arrival const& answer : answers ) {
         std::size_t const host = answer.source().hostOrder() - Hosts::address( 0 ).hostOrder();
         result.lateness.push_back( ( answer.time - due.at( host ) ) * 1e3 );
+    }
+    if ( result.lateness.empty() ) {
+        throw std::runtime_error( "no answer arrived" );
     }
     std::sort( result.lateness.begin(), result.lateness.end() );
     return result;

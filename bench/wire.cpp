@@ -38,9 +38,11 @@ struct Setting {
 
 std::vector<Arrival>
 oneOfEach( std::vector<Arrival> arrivals, char const* who ) {
-    if ( arrivals.size() != hostCount ) {
+    std::size_t const senders = Support::senders( arrivals );
+    if ( arrivals.size() != hostCount || senders != hostCount ) {
         throw std::runtime_error(
-            std::string( who ) + ": " + std::to_string( arrivals.size() ) + " frames arrived"
+            std::string( who ) + ": " + std::to_string( arrivals.size() ) + " frames of " +
+            std::to_string( senders ) + " hosts arrived"
         );
     }
     return arrivals;

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <set>
 
 #include "platform/zornet/EthHdr.h"
 #include "platform/zornet/IpHdr.h"
@@ -48,6 +49,15 @@ setUp( int socket ) {
 Zornet::IpAddr
 Arrival::source() const {
     return reinterpret_cast<Zornet::IpHdr const*>( frame.data() + sizeof( Zornet::EthHdr ) )->src();
+}
+
+std::size_t
+senders( std::vector<Arrival> const& arrivals ) {
+    std::set<Zornet::IpAddr> all;
+    for ( Arrival const& arrival : arrivals ) {
+        all.insert( arrival.source() );
+    }
+    return all.size();
 }
 
 double

@@ -18,6 +18,9 @@ struct Arrival {
     Zornet::IpAddr source() const;
 };
 
+/// How many different hosts have sent these.
+std::size_t senders( std::vector<Arrival> const& arrivals );
+
 /// The wall clock by which the kernel stamps, in seconds.
 double wallClock();
 
