@@ -128,14 +128,18 @@ countVlans() {
     plan.ownVlans = true;
     Hosts const hosts( plan );
     Rig::runFor( settled );
-    auto const nobodys = Bench::tagged( Bench::generalQuery( 100, false ), 4000 );
-    auto const hear = [&] {
-        for ( std::size_t i = 0; i < frames; ++i ) {
-            rig.device().hear( nobodys );
-        }
+    auto const countHearing = [&]( char const* operation, Zornet::U16 vlanId ) {
+        auto const frame = Bench::tagged( Bench::generalQuery( 100, false ), vlanId );
+        auto const hear = [&] {
+            for ( std::size_t i = 0; i < frames; ++i ) {
+                rig.device().hear( frame );
+            }
+        };
+        hear();
+        count( operation, frames, hear );
     };
-    hear();
-    count( "frame demultiplexed by VLAN", frames, hear );
+    countHearing( "frame demultiplexed by VLAN", 4000 ); // that of nobody
+    countHearing( "frame delivered by VLAN", hostCount );
 }
 
 void
