@@ -18,7 +18,7 @@ using Bench::Rig;
 double
 secondsOfSendto( Support::PacketEnd& socket ) {
     constexpr unsigned calls = 20'000;
-    Support::Bytes const report( 60 );
+    Support::Bytes const report = Lab::v2Report( Hosts::address( 0 ), Hosts::group( 0 ) );
     return Bench::secondsOf( [&] {
                for ( unsigned i = 0; i < calls; ++i ) {
                    socket.send( report );
