@@ -29,14 +29,17 @@ isWrittenAsItIs( std::string const& path ) {
     return fs::exists( status ) && !fs::is_regular_file( status );
 }
 
-/// Beside the file itself, so that the one can take the place of the other. A link stays a link.
+/// What is to be replaced: of a link that is followed, the file that it leads to, and the link stays one.
+/// Where none is followed the path stands as it is, whatever it has become since somebody looked: a link in
+/// that place is then replaced itself.
 fs::path
 realPath( std::string const& path ) {
     std::error_code ignored;
-    fs::path const real = fs::canonical( path, ignored );
+    fs::path const real = followsLinks() ? fs::canonical( path, ignored ) : fs::path();
     return real.empty() ? fs::path( path ) : real;
 }
 
+/// Beside the file itself, so that the one can take the place of the other.
 fs::path
 temporaryPath( fs::path const& real ) {
     return real.string() + ".new-" + std::to_string( getpid() );

@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <ostream>
 #include <system_error>
+#include <thread>
 
 #include "platform/zornet/device/FileDescriptor.h"
 #include "tests/agent/TemporaryFolder.h"
@@ -89,6 +91,46 @@ TEST_F( FileReplacement, RootFollowsNoLink ) {
     EXPECT_THROW( replace( folder_.file( "link" ), "new" ), std::system_error );
     EXPECT_THROW( checkReplaceable( folder_.file( "link" ) ), std::system_error );
     EXPECT_EQ( folder_.contents( "real" ), "old" );
+}
+
+/// Makes a link and takes it away again, as fast as it can, for as long as it lives.
+class LinkThatComesAndGoes {
+  public:
+    LinkThatComesAndGoes( std::string const& target, std::string const& path )
+        : thread_( [this, target, path] {
+              while ( !ended_ ) {
+                  [[maybe_unused]] int const made = symlink( target.c_str(), path.c_str() );
+                  unlink( path.c_str() );
+              }
+          } ) {}
+    ~LinkThatComesAndGoes() {
+        ended_ = true;
+        thread_.join();
+    }
+    LinkThatComesAndGoes( LinkThatComesAndGoes const& ) = delete;
+    LinkThatComesAndGoes& operator=( LinkThatComesAndGoes const& ) = delete;
+
+  private:
+    std::atomic<bool> ended_ = false;
+    std::thread thread_;
+};
+
+TEST_F( FileReplacement, RootFollowsNoLinkThatComesWhileItLooks ) {
+    if ( geteuid() != 0 ) {
+        GTEST_SKIP() << "needs root";
+    }
+    folder_.fileWith( "real", "old" );
+    LinkThatComesAndGoes const link( "real", folder_.file( "link" ) );
+    int refused = 0;
+    for ( int i = 0; i < 2'000; ++i ) {
+        try {
+            replace( folder_.file( "link" ), "new" );
+        } catch ( std::system_error const& ) {
+            ++refused;
+        }
+        ASSERT_EQ( folder_.contents( "real" ), "old" ) << "at " << i;
+    }
+    EXPECT_GT( refused, 0 ); // or no link was ever there
 }
 
 TEST_F( FileReplacement, LinkInThePlaceOfTheNewFileIsNotFollowed ) {
