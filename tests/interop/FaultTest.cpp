@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace Interop {
 
@@ -26,9 +28,16 @@ FaultTest::SetUp() {
 
 void
 FaultTest::TearDown() {
-    if ( dir_ ) {
-        dir_->igmpHostDelAll();
+    if ( !dir_ ) {
+        return;
     }
+    if ( hosts() != 0 ) {
+        EXPECT_EQ( openDescriptors(), descriptors_ );
+#ifndef __SANITIZE_ADDRESS__ // which keeps for a while what has been given back
+        EXPECT_LT( residentBytes(), resident_ + memory );
+#endif
+    }
+    dir_->igmpHostDelAll();
 }
 
 Seconds
@@ -50,6 +59,8 @@ FaultTest::hostsAre( unsigned count, Igmp::IgmpVersion version ) {
     }
     // Two reports of each join, and the timers that sent them.
     ASSERT_TRUE( eventually( [&] { return reportsSent() >= 2 * count && !isAnswering(); } ) );
+    resident_ = residentBytes();
+    descriptors_ = openDescriptors();
 }
 
 void
@@ -193,6 +204,13 @@ FaultTest::residentBytes() {
     std::size_t resident = 0;
     statm >> all >> resident;
     return resident * static_cast<std::size_t>( sysconf( _SC_PAGESIZE ) );
+}
+
+std::size_t
+FaultTest::openDescriptors() {
+    return static_cast<std::size_t>(
+        std::distance( std::filesystem::directory_iterator( "/proc/self/fd" ), {} )
+    );
 }
 
 Seconds

@@ -25,13 +25,16 @@ using Zornet::U8;
 
 /// Hosts on the device "near0" of a namespace, at one end of a cable, and a bare packet socket on "far0" in
 /// another, which asks, counts and stamps. Every frame that the hosts count as sent must have arrived there
-/// or be counted as lost, and answers must come within the response time.
+/// or be counted as lost, and answers must come within the response time. At the end the process has no more
+/// descriptors open than when the hosts were ready, and not much more memory.
 class FaultTest : public ::testing::Test {
   protected:
     /// How late an answer may arrive, besides the time for which the process was ready to run and had no
     /// processor.
     static constexpr Seconds tolerance = 0.05;
     static constexpr Seconds responseTime = 1.0;
+    /// What the process may take more for a fault. A receive ring fills for the first time then.
+    static constexpr std::size_t memory = 16U << 20;
     static constexpr IpAddr group = IpAddr::fromHost( 0xef010101 ); ///< 239.1.1.1
 
     void SetUp() override;
@@ -83,6 +86,8 @@ class FaultTest : public ::testing::Test {
     /// Runs the hosts until the condition holds; false where that takes longer than a failure allows.
     static bool eventually( std::function<bool()> const& condition );
     static std::size_t residentBytes();
+    /// Files, sockets and whatever else this process has open.
+    static std::size_t openDescriptors();
     /// Time that this process was ready to run and waited for a processor, in seconds.
     static Seconds timeWithoutProcessor();
 
@@ -101,6 +106,8 @@ class FaultTest : public ::testing::Test {
     std::unique_ptr<Support::PacketEnd> end_;
     Igmp::IgmpVersion version_ = Igmp::igmpVersion2;
     std::size_t memberships_ = 0;
+    std::size_t resident_ = 0;    ///< when the hosts were ready, as
+    std::size_t descriptors_ = 0; ///< these
 };
 
 } // namespace Interop
