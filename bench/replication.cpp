@@ -1,6 +1,7 @@
 /// What a mirror of many hosts costs: time to a full mirror, attributes per second, and, beside them in the
-/// same run, the same hosts made directly and the same bytes copied through the same kind of socket. Times
-/// are of the processor: both sides run in this process.
+/// same run, the same hosts made directly and the same bytes copied through the same kind of socket; and what
+/// it costs where machines run on the mirror, beside the agent's own way to such hosts, from a scenario.
+/// Times are of the processor: both sides run in this process.
 
 #include <fcntl.h>
 #include <poll.h>
@@ -9,9 +10,10 @@
 
 #include <stdexcept>
 
+#include "agent/run/StartUp.h"
+#include "agent/scenario/ScenarioReader.h"
 #include "bench/support/Figures.h"
 #include "bench/support/Hosts.h"
-#include "engine/IgmpHostDirSm.h"
 #include "model/IgmpHostDir.h"
 #include "platform/kiv/Activity.h"
 #include "platform/kiv/Connection.h"
@@ -25,21 +27,17 @@ using Kiv::U32;
 using Kiv::U64;
 using Zornet::IpAddr;
 
-/// Hosts to make or to mirror.
-struct Load {
-    unsigned hosts;
-    unsigned groups = 10;
-    bool enabled = false;
-};
+constexpr U32 groupsOfTree = 10;
 
+/// Trees of hosts that no machine sees.
 void
-makeHosts( IgmpHostDir& dir, Load const& load ) {
-    for ( unsigned i = 0; i < load.hosts; ++i ) {
+makeHosts( IgmpHostDir& dir, unsigned count ) {
+    for ( unsigned i = 0; i < count; ++i ) {
         Ptr<Igmp::IgmpHost> const host = dir.igmpHostIs( Kiv::Name( "host-" + std::to_string( i ) ) );
         host->ipAddrIs( IpAddr::fromHost( 0x0a000001U + i ) );
         host->macAddrIs( Zornet::EthAddr( "02:00:00:00:00:01" ) );
         host->deviceNameIs( "eth0" );
-        for ( U32 group = 0; group < load.groups; ++group ) {
+        for ( U32 group = 0; group < groupsOfTree; ++group ) {
             Ptr<Igmp::IgmpV3GroupRecord> const record =
                 host->v3groupIs( IpAddr::fromHost( 0xef010101U + group ) );
             record->filterModeIs( Igmp::IgmpV3GroupRecord::exclude );
@@ -47,7 +45,6 @@ makeHosts( IgmpHostDir& dir, Load const& load ) {
         }
         host->configVersionIs( 1 );
         host->intfConfigVersionIs( 1 );
-        host->enabledIs( load.enabled );
     }
 }
 
@@ -62,14 +59,17 @@ struct Sockets {
 
 /// A served directory and its mirror on one loop.
 struct Mirror {
-    explicit Mirror( Ptr<IgmpHostDir> const& served )
-        : server( new Connection( sockets.ends[0], Connection::Role::server, { { "d", served, true } }, "c" )
+    explicit Mirror(
+        Ptr<IgmpHostDir> const& served, Ptr<IgmpHostDir> const& into = Igmp::igmpHostDirFactory( "mirror" )
+    )
+        : dir( into ),
+          server( new Connection( sockets.ends[0], Connection::Role::server, { { "d", served, true } }, "c" )
           ),
           client( new Connection( sockets.ends[1], Connection::Role::client, { { "d", dir, false } }, "s" )
           ) {}
 
     Sockets sockets;
-    Ptr<IgmpHostDir> dir = Igmp::igmpHostDirFactory( "mirror" );
+    Ptr<IgmpHostDir> dir;
     Ptr<Connection> server;
     Ptr<Connection> client;
 };
@@ -100,11 +100,10 @@ copySeconds( U64 bytes ) {
 
 void
 measureMirror( Bench::Figures& figures, unsigned runs, unsigned count ) {
-    Load const load{ count };
     std::vector<double> direct, full, rate, copy, bytes, ratio;
     for ( unsigned run = 0; run < runs; ++run ) {
         Ptr<IgmpHostDir> const served = Igmp::igmpHostDirFactory( "served" );
-        direct.push_back( Bench::processorSecondsOf( [&] { makeHosts( *served, load ); } ) );
+        direct.push_back( Bench::processorSecondsOf( [&] { makeHosts( *served, count ); } ) );
         Mirror mirror( served );
         full.push_back( Bench::processorSecondsOf( [&] {
             loop().runUntil( [&] { return mirror.client->isSynchronised(); }, 600.0 );
@@ -119,7 +118,7 @@ measureMirror( Bench::Figures& figures, unsigned runs, unsigned count ) {
         ratio.push_back( full.back() / direct.back() );
     }
     std::string const what =
-        std::to_string( count ) + " hosts of " + std::to_string( load.groups ) + " groups";
+        std::to_string( count ) + " hosts of " + std::to_string( groupsOfTree ) + " groups";
     auto const inMs = []( std::vector<double> seconds ) {
         for ( double& one : seconds ) {
             one *= 1e3;
@@ -134,58 +133,78 @@ measureMirror( Bench::Figures& figures, unsigned runs, unsigned count ) {
     figures.add( what + ", a plain copy of as many bytes", "ms", copy );
 }
 
-/// State machines on a directory, over a device that only counts: what a running agent is.
-struct Machines {
-    explicit Machines( Ptr<IgmpHostDir> const& dir )
-        : dirSm( Igmp::igmpHostDirSmFactory( nullptr, dir, statusDir, wheel ) ) {}
-
+/// What runs in an agent, over a device that only counts.
+struct RunningAgent {
     Bench::CountingProvider provider;
     Zornet::DeviceProviderScope scope{ provider };
     Ptr<Lumo::TimerWheel> wheel = new Lumo::TimerWheel;
-    Ptr<Igmp::IgmpHostStatusDir> statusDir = Igmp::igmpHostStatusDirFactory( "status" );
-    Ptr<Igmp::IgmpHostDirSm> dirSm;
+    Agent::Emulation emulation{ wheel };
 };
 
-/// Processor time to make the hosts in a directory with machines.
+/// Hosts with one group each.
+Agent::Scenario
+scenarioOf( unsigned count ) {
+    std::string const text =
+        "hosts:\n  - name: host\n    count: " + std::to_string( count ) +
+        "\n    ipAddr: 10.0.0.1\n    macAddr: 02:00:00:00:00:01\n    deviceName: eth0\n    groups:\n"
+        "      - { multicastAddr: 239.1.1.1, filterMode: exclude }\n";
+    Agent::Diagnostics errors;
+    Agent::Scenario scenario = Agent::readScenarioText( "bench.yaml", text, errors );
+    if ( !errors.empty() ) {
+        throw std::runtime_error( errors.entries().front().text );
+    }
+    return scenario;
+}
+
+void
+checkAllEnabled( Agent::Emulation const& emulation, unsigned count ) {
+    if ( emulation.statusDir().igmpHostStatuss() != count ) {
+        throw std::runtime_error( "not every host is enabled" );
+    }
+}
+
+/// Processor time of an agent to read a scenario of so many hosts and to bring them up.
 double
-secondsToMake( Load const& load ) {
-    Ptr<IgmpHostDir> const dir = Igmp::igmpHostDirFactory( "made" );
-    Machines const machines( dir );
-    double const seconds = Bench::processorSecondsOf( [&] { makeHosts( *dir, load ); } );
-    dir->igmpHostDelAll();
+secondsFromScenario( unsigned count ) {
+    RunningAgent agent;
+    double const seconds = Bench::processorSecondsOf( [&] {
+        Agent::Scenario const scenario = scenarioOf( count );
+        Agent::StartUp startUp( scenario, agent.emulation, []( Agent::StartUpProgress const& ) {} );
+        startUp.load();
+        startUp.start();
+    } );
+    checkAllEnabled( agent.emulation, count );
     return seconds;
 }
 
-/// Processor time, both sides, to replicate them into such a directory until the last host is enabled.
+/// Processor time, both sides, to replicate the same hosts into an agent until the last is enabled.
 double
-secondsToReplicate( Load const& load ) {
+secondsToReplicate( unsigned count ) {
     Ptr<IgmpHostDir> const source = Igmp::igmpHostDirFactory( "source" );
-    makeHosts( *source, load );
-    Mirror mirror( source );
-    Machines const machines( mirror.dir );
+    Agent::Scenario const scenario = scenarioOf( count );
+    Agent::loadHosts( scenario, *source );
+    Agent::startHosts( scenario, *source );
+    RunningAgent agent;
+    Mirror mirror( source, &agent.emulation.hostDir() );
     double const seconds = Bench::processorSecondsOf( [&] {
         loop().runUntil( [&] { return mirror.client->isSynchronised(); }, 600.0 );
     } );
-    if ( machines.statusDir->igmpHostStatuss() != load.hosts ) {
-        throw std::runtime_error( "not every host is enabled" );
-    }
-    mirror.dir->igmpHostDelAll();
+    checkAllEnabled( agent.emulation, count );
     return seconds;
 }
 
 void
 measureAgent( Bench::Figures& figures, unsigned runs, unsigned count ) {
-    Load const load{ count, 1, true };
-    std::vector<double> made, replicated;
+    std::vector<double> loaded, replicated;
     for ( unsigned run = 0; run < runs; ++run ) {
-        made.push_back( secondsToMake( load ) );
-        replicated.push_back( secondsToReplicate( load ) );
+        loaded.push_back( secondsFromScenario( count ) );
+        replicated.push_back( secondsToReplicate( count ) );
     }
     std::string const what = std::to_string( count ) + " hosts of one group, ";
-    figures.add( what + "made where machines run, until the last is enabled", "s", made );
-    figures.add( what + "replicated there, both sides, until the last is enabled", "s", replicated );
+    figures.add( what + "from a scenario, until all are enabled", "s", loaded );
+    figures.add( what + "replicated, both sides, until all are enabled", "s", replicated );
     figures.add(
-        what + "replicated, by the time of making them", "times", Bench::ratios( replicated, made ),
+        what + "replicated, by the time from a scenario", "times", Bench::ratios( replicated, loaded ),
         Bench::atMost( 3.0 )
     );
 }
@@ -193,7 +212,7 @@ measureAgent( Bench::Figures& figures, unsigned runs, unsigned count ) {
 void
 measureChanges( Bench::Figures& figures, unsigned runs, unsigned count ) {
     Ptr<IgmpHostDir> const served = Igmp::igmpHostDirFactory( "served" );
-    makeHosts( *served, { count } );
+    makeHosts( *served, count );
     Mirror mirror( served );
     loop().runUntil( [&] { return mirror.client->isSynchronised(); }, 600.0 );
     std::vector<double> ns;
