@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <system_error>
@@ -117,6 +118,23 @@ AgentProcess::waitUntilItWaitsToWrite( int descriptor ) const {
 void
 AgentProcess::signal( int number ) const {
     kill( process_, number );
+}
+
+std::set<std::string>
+AgentProcess::rights() const {
+    std::set<std::string> rights;
+    std::string const tasks = "/proc/" + std::to_string( process_ ) + "/task";
+    for ( auto const& task : std::filesystem::directory_iterator( tasks ) ) {
+        std::ifstream in( task.path() / "status" );
+        std::string all;
+        for ( std::string line; std::getline( in, line ); ) {
+            if ( line.starts_with( "CapPrm:" ) || line.starts_with( "NoNewPrivs:" ) ) {
+                all += line.substr( line.find( '\t' ) + 1 ) + " ";
+            }
+        }
+        rights.insert( all );
+    }
+    return rights;
 }
 
 std::size_t

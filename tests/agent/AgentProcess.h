@@ -3,6 +3,7 @@
 #include <sys/types.h>
 
 #include <array>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,9 @@ class AgentProcess {
     bool waitUntilItWaitsToWrite( int descriptor ) const;
     void signal( int number ) const;
     pid_t id() const { return process_; }
+    /// The capabilities that every thread of it may use, in hexadecimal, and 1 where it may gain none, by
+    /// what the system says; once each.
+    std::set<std::string> rights() const;
     /// Memory that it has at present.
     std::size_t residentBytes() const;
     /// Waits for the end and returns the exit status; minus the signal where one killed it.

@@ -36,6 +36,12 @@ hostEntersNamespace( HostSpec const& spec ) {
     return !spec.settings.value<Zornet::NamespaceName>( Igmp::IgmpHost::attrNs ).empty();
 }
 
+/// What an event sets may move hosts into a namespace in which none began.
+bool
+eventEntersNamespace( Event const& event ) {
+    return hostEntersNamespace( event.values );
+}
+
 bool
 isInNamespace( MembershipCondition const& condition ) {
     return condition.bridge && !condition.bridge->ns.empty();
@@ -49,6 +55,7 @@ looksIntoNamespace( Expectation const& expectation ) {
 bool
 entersNamespace( Scenario const& scenario ) {
     return std::any_of( scenario.hosts.begin(), scenario.hosts.end(), &hostEntersNamespace ) ||
+           std::any_of( scenario.events.begin(), scenario.events.end(), &eventEntersNamespace ) ||
            std::any_of( scenario.expectations.begin(), scenario.expectations.end(), &looksIntoNamespace ) ||
            ( scenario.querier && !scenario.querier->ns.empty() );
 }

@@ -8,6 +8,7 @@ namespace Agent {
 namespace {
 
 using ::testing::ContainsRegex;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using Json = nlohmann::json;
 
@@ -112,6 +113,25 @@ TEST_F( Query, YieldsToALowerAddressWhereItIsTold ) {
     EXPECT_EQ( yielding.exitStatus() + stubborn.exitStatus(), 0 );
     EXPECT_EQ( Json::parse( yielding.written( AgentProcess::output ) )["isQuerier"], false );
     EXPECT_EQ( Json::parse( stubborn.written( AgentProcess::output ) )["isQuerier"], true );
+}
+
+TEST_F( Query, KeepsWhatOpeningADeviceThatIsMadeAnewTakes ) {
+    AgentProcess query( atFarEnd( { "query", "--interval", "1", "--response-time", "0.1" } ) );
+    ASSERT_TRUE( hasBegun( query ) );
+    // CAP_NET_ADMIN, CAP_NET_RAW, CAP_SYS_ADMIN
+    ASSERT_THAT( query.rights(), ElementsAre( "0000000000203000 1 " ) );
+    far_->ip( "link del far0" );
+    ASSERT_TRUE( query.waitFor( AgentProcess::errors, "no such device; waiting for it\n" ) );
+    vethIs( *near_, "near0", *far_, "far0" );
+    AgentProcess watch( { "watch", "near0", "--ns", near_->name(), "--count", "1" } );
+    EXPECT_EQ( watch.exitStatus(), 0 );
+    EXPECT_THAT( watch.written( AgentProcess::output ), HasSubstr( " v3 general query" ) );
+}
+
+TEST_F( Query, WithoutANamespaceThatCapabilityGoesToo ) {
+    AgentProcess query( { "query", "lo" } );
+    ASSERT_TRUE( hasBegun( query ) );
+    EXPECT_THAT( query.rights(), ElementsAre( "0000000000003000 1 " ) );
 }
 
 TEST_F( Query, MissingDeviceOrNamespaceIsNamed ) {

@@ -5,7 +5,6 @@
 #include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "lab/Querier.h"
 #include "platform/zornet/EthDevPam.h"
@@ -412,31 +411,12 @@ TEST_F( Run, SignalDuringTheStartEndsItWell ) {
     EXPECT_THAT( agent.written( AgentProcess::errors ), HasSubstr( "igmphost: ended after " ) );
 }
 
-/// The capabilities that every thread of the process may use, and whether it may gain none, by what the
-/// system says; once each.
-std::set<std::string>
-rightsOf( AgentProcess const& agent ) {
-    std::set<std::string> rights;
-    std::string const tasks = "/proc/" + std::to_string( agent.id() ) + "/task";
-    for ( auto const& task : std::filesystem::directory_iterator( tasks ) ) {
-        std::ifstream in( task.path() / "status" );
-        std::string all;
-        for ( std::string line; std::getline( in, line ); ) {
-            if ( line.starts_with( "CapPrm:" ) || line.starts_with( "NoNewPrivs:" ) ) {
-                all += line.substr( line.find( '\t' ) + 1 ) + " ";
-            }
-        }
-        rights.insert( all );
-    }
-    return rights;
-}
-
 TEST_F( Run, KeepsNoCapabilityThatDevicesDoNotTake ) {
     cableIs();
     AgentProcess agent( { "run", scenario() } );
     ASSERT_TRUE( hasBegun( agent ) );
     // CAP_NET_ADMIN, CAP_NET_RAW, CAP_SYS_ADMIN
-    EXPECT_THAT( rightsOf( agent ), ElementsAre( "0000000000203000 1 " ) );
+    EXPECT_THAT( agent.rights(), ElementsAre( "0000000000203000 1 " ) );
     agent.signal( SIGTERM );
     EXPECT_EQ( agent.exitStatus(), 0 );
 }
@@ -447,19 +427,41 @@ TEST_F( Run, KeepsMoreCapabilitiesForFilesAtTheEndAndNoneForTheThreadsOfMetrics 
                           "127.0.0.1:0" } );
     ASSERT_TRUE( hasBegun( agent ) );
     // CAP_DAC_OVERRIDE and CAP_FOWNER beside them.
-    EXPECT_THAT( rightsOf( agent ), ElementsAre( "0000000000000000 1 ", "000000000020300a 1 " ) );
+    EXPECT_THAT( agent.rights(), ElementsAre( "0000000000000000 1 ", "000000000020300a 1 " ) );
     agent.signal( SIGTERM );
     EXPECT_EQ( agent.exitStatus(), 0 );
     expectThreeHosts( statusFile() );
+}
+
+/// Hosts of any namespace may come through it, and it is removed at the end.
+TEST_F( Run, KeepsTheCapabilitiesOfNamespacesAndFilesForItsControlSocket ) {
+    AgentProcess agent( { "run", "--control", folder_.file( "socket" ) } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    EXPECT_THAT( agent.rights(), ElementsAre( "000000000020300a 1 " ) );
+    agent.signal( SIGTERM );
+    EXPECT_EQ( agent.exitStatus(), 0 );
 }
 
 TEST_F( Run, WithoutNamespacesThatCapabilityGoesToo ) {
     std::string const path = folder_.fileWith( "here.yaml", "hosts: [ { name: rx, deviceName: lo } ]\n" );
     AgentProcess agent( { "run", path } );
     ASSERT_TRUE( hasBegun( agent ) );
-    EXPECT_THAT( rightsOf( agent ), ElementsAre( "0000000000003000 1 " ) );
+    EXPECT_THAT( agent.rights(), ElementsAre( "0000000000003000 1 " ) );
     agent.signal( SIGTERM );
     EXPECT_EQ( agent.exitStatus(), 0 );
+}
+
+TEST_F( Run, KeepsTheCapabilityOfNamespacesWhereAnEventMovesAHostIntoOne ) {
+    cableIs();
+    std::string const path = folder_.fileWith(
+        "moved.yaml", "hosts: [ { name: rx, deviceName: near0 } ]\n"
+                      "events: [ { at: 0.01, set: { ns: " +
+                          near_->name() + " } } ]\n"
+    );
+    AgentProcess agent( { "run", path, "--wait-for-device" } );
+    ASSERT_TRUE( hasBegun( agent ) );
+    ASSERT_THAT( agent.rights(), ElementsAre( "0000000000203000 1 " ) );
+    EXPECT_TRUE( agent.waitFor( AgentProcess::errors, "device near0 in " + near_->name() + ": running\n" ) );
 }
 
 TEST_F( Run, RootFollowsNoLinkToWriteAFile ) {

@@ -14,6 +14,7 @@ namespace Agent {
 
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
 /// The real command without a device, in time that jumps.
@@ -67,6 +68,21 @@ TEST_F( Simulate, DevicesAndTheirFarEndsAreCalledAsElsewhere ) {
             HasSubstr( std::string( "igmphost: frames on " ) + device + "\n" )
         );
     }
+}
+
+TEST_F( Simulate, KeepsNoCapabilityButThoseOfFilesAtTheEnd ) {
+    std::vector<std::string> arguments{ "run", "--simulate", scenario( "" ), "--duration", "1e8" };
+    AgentProcess alone( arguments );
+    arguments.insert( arguments.end(), { "--status", folder_.file( "status" ) } );
+    AgentProcess writing( arguments );
+    for ( AgentProcess* const agent : { &alone, &writing } ) {
+        ASSERT_TRUE( agent->waitFor( AgentProcess::errors, "igmphost: 5 hosts for " ) );
+    }
+    EXPECT_THAT( alone.rights(), ElementsAre( "0000000000000000 1 " ) );
+    // CAP_DAC_OVERRIDE and CAP_FOWNER, where root runs it.
+    EXPECT_THAT(
+        writing.rights(), ElementsAre( geteuid() == 0 ? "000000000000000a 1 " : "0000000000000000 1 " )
+    );
 }
 
 TEST_F( Simulate, TwoRunsAreAlike ) {

@@ -43,6 +43,12 @@ TEST_F( Watch, SeesWhatThisMachineSendsOnTheDevice ) {
     EXPECT_THAT( watch.written( AgentProcess::errors ), HasSubstr( "igmphost: 4 messages\n" ) );
 }
 
+TEST_F( Watch, KeepsNoCapability ) {
+    AgentProcess watch( atFarEnd( { "watch" } ) );
+    ASSERT_TRUE( hasBegun( watch ) );
+    EXPECT_THAT( watch.rights(), ::testing::ElementsAre( "0000000000000000 1 " ) );
+}
+
 TEST_F( Watch, DurationEndsIt ) {
     AgentProcess watch( atFarEnd( { "watch", "--duration", "0.05" } ) );
     EXPECT_EQ( watch.exitStatus(), 0 );
