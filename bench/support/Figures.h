@@ -33,6 +33,7 @@ class Figures {
     add( std::string const& name, std::string const& unit, std::vector<double> samples,
          std::optional<Wanted> wanted = {} );
     void print( std::string_view title ) const;
+    bool anyMissed() const;
     /// Raises std::runtime_error where the file cannot be written.
     void writeJson( std::string const& path ) const;
 
@@ -43,6 +44,7 @@ class Figures {
         std::vector<double> samples; ///< ascending
         std::optional<Wanted> wanted;
         double median() const { return samples[samples.size() / 2]; }
+        bool isMissed() const { return wanted && !wanted->met( median() ); }
         std::string verdict() const;
     };
     std::vector<Figure> figures_;
@@ -62,8 +64,8 @@ double processorSecondsOf( std::function<void()> const& work );
 std::vector<double> ratios( std::vector<double> const& a, std::vector<double> const& b );
 
 /// The main program of a benchmark: `--json FILE`, `--runs N` (default 5), `--quick` (3 runs, smaller loads),
-/// then `measure`, then the table. Returns the exit status: 2 for wrong usage, 1 where measuring failed, with
-/// the reason.
+/// then `measure`, then the table. Returns the exit status: 3 where a figure is not what is wanted, 2 for
+/// wrong usage, 1 where measuring failed, with the reason.
 int
 run( int argc, char** argv, std::string_view title,
      std::function<void( Figures&, Effort const& )> const& measure );
