@@ -1,11 +1,13 @@
-/// Frames and steps of time against whole hosts: of every version, held at it and not, on access objects of
-/// the target's own and on a device, under inline and under deferred delivery. After every step the machines,
-/// the wheel and the counters must agree with each other.
+/// Frames and steps of time against whole hosts: of every version, held at it and not, tagged and not, on
+/// access objects of the target's own and on devices, under inline and under deferred delivery. After every
+/// step the machines, the wheel and the counters must agree with each other.
 ///
 /// An input is a byte for the delivery, then steps: a byte for the kind and what that kind reads. What ends
 /// the process by decision is kept out: the 8-byte group query at a host held at version 3 for a group it
-/// has, filter modes other than the two, robustness outside 1 to 255, groups whose changes are not processed.
-/// Intervals of zero with periodic reports are kept out too, which go on for ever at one instant.
+/// has, filter modes other than the two, robustness outside 1 to 255, groups whose changes are not processed,
+/// an mtu below the headers and a record without sources or above 16 bits, several hosts that come or go in
+/// one deferred delivery. What goes on for ever at one instant, or nearly, is kept out too: intervals of zero
+/// with periodic reports, and an mtu that does not hold every record whole.
 
 #include <deque>
 
@@ -31,15 +33,36 @@ using Fuzz::require;
 using Kiv::Seconds;
 using Support::FedPam;
 using Zornet::IgmpMessageType;
+using Zornet::IntfId;
 using Zornet::IpAddr;
 using Zornet::U16;
 using Zornet::U32;
 using Zornet::U8;
 
 constexpr unsigned maxSteps = 64;
-constexpr unsigned fedHosts = 6;    ///< each on an access object of its own; the second half held
-constexpr unsigned deviceHosts = 3; ///< on one device: untagged, tagged, tagged on a shared device
-constexpr unsigned hosts = fedHosts + deviceHosts;
+
+/// What a host is from its first step to its last, but for its version, and whether it begins held.
+struct Kind {
+    U8 version;
+    bool mayBeHeld;
+    bool tagged;
+    char const* device; ///< null for an access object of the host's own, which is untagged
+    bool shared = false;
+};
+
+// Hosts that may be held have a device of their own: there is what it must not hear.
+constexpr char const* freeDevice = "eth0";
+constexpr char const* heldDevice = "eth1";
+constexpr Kind kinds[] = {
+    { 1, false, false, nullptr },         { 2, false, false, nullptr },        { 3, false, false, nullptr },
+    { 1, true, false, nullptr },          { 2, true, false, nullptr },         { 3, true, false, nullptr },
+    { 1, false, false, freeDevice },      { 2, false, true, freeDevice },      { 1, false, true, freeDevice },
+    { 1, true, true, heldDevice },        { 2, true, true, heldDevice },       { 3, true, true, heldDevice },
+    { 3, false, true, freeDevice, true }, { 3, true, true, heldDevice, true },
+};
+constexpr unsigned hosts = std::size( kinds );
+constexpr unsigned sharingHosts = 2; ///< the last ones
+constexpr U16 vlan = 100;
 
 constexpr IpAddr groups[] = { IpAddr::fromHost( 0xef010101 ), IpAddr::fromHost( 0xef010102 ),
                               IpAddr::fromHost( 0xe8010101 ) };
@@ -64,11 +87,11 @@ isOldGroupQuery( Bytes const& frame ) {
 
 void
 checkSent( std::span<U8 const> frame ) {
-    std::optional<Bridging::VlanId> vlan;
+    std::optional<Bridging::VlanId> tag;
     if ( reinterpret_cast<Zornet::EthHdr const*>( frame.data() )->typeOrLen() == Zornet::ethType8021Q ) {
-        vlan = Bridging::VlanId( 100 );
+        tag = Bridging::VlanId( vlan );
     }
-    require( Lab::IgmpFrame( frame, vlan ).verdict() == Lab::IgmpFrame::Verdict::good, "sent frame is good" );
+    require( Lab::IgmpFrame( frame, tag ).verdict() == Lab::IgmpFrame::Verdict::good, "sent frame is good" );
 }
 
 class CheckingDevice : public Zornet::Device {
@@ -90,11 +113,11 @@ class CheckingProvider : public Zornet::DeviceProvider {
 
 /// One host, and what has been seen of it under its present status.
 struct Subject {
+    Kind const& kind;
     Kiv::Ptr<IgmpHost> host;
-    Kiv::Ptr<FedPam> pam; ///< null on the device
-    bool mayBeHeld = false;
+    Kiv::Ptr<FedPam> pam{};    ///< null on a device
     bool everPeriodic = false; ///< what is remembered and what is in force may part then
-    Kiv::Ptr<IgmpHostStatus> status;
+    Kiv::Ptr<IgmpHostStatus> status{};
     U32 counted = 0;
     U32 v12Frames = 0;
     U32 v3Frames = 0;
@@ -117,12 +140,16 @@ class World {
 
   private:
     Subject& any( Input& input ) { return subjects_[input.below( hosts )]; }
-    /// Not the last host, which must not bind anew: what shares a device stays for good once it is let go.
-    Subject& anyButShared( Input& input ) { return subjects_[input.below( hosts - 1 )]; }
+    /// None that shares a device, which must not bind anew: what is shared stays for good once it is let go.
+    Subject& anyButSharing( Input& input ) { return subjects_[input.below( hosts - sharingHosts )]; }
+    CheckingDevice& device( char const* name ) {
+        return static_cast<CheckingDevice&>( *provider_.device( {}, name ) );
+    }
     IgmpHostSm& sm( Subject const& subject ) { return *dirSm_->igmpHostSm( subject.host->name() ); }
     void settle() { activity_.runFor( 0.0 ); }
 
     void add( unsigned number );
+    void bind( Subject& subject, unsigned number );
     void hear( Bytes const& frame, Input& input );
     Bytes madeQuery( Input& input );
     void changeGroup( Input& input );
@@ -158,36 +185,25 @@ World::World( bool deferred ) {
 World::~World() {
     settle();
     activity_.deferredDeliveryIs( false );
-    auto const shared = dirSm_->multiplexerDir( {} );
+    auto const free = dirSm_->multiplexerDir( IntfId( freeDevice ) );
+    auto const held = dirSm_->multiplexerDir( IntfId( heldDevice ) );
     dir_->igmpHostDelAll();
-    shared->vlanPamDelAll(); // it and its channel hold each other
+    free->vlanPamDelAll(); // it and its channel hold each other
+    held->vlanPamDelAll();
     require( wheel_->armedTimers() == 0, "no timer outlives its host" );
 }
 
 /// Enabled, and a member of a group in either mode.
 void
 World::add( unsigned number ) {
-    Subject subject;
-    subject.host = dir_->igmpHostIs( "host" + std::to_string( number ) );
+    Subject subject{ kinds[number], dir_->igmpHostIs( "host" + std::to_string( number ) ) };
     IgmpHost& host = *subject.host;
     host.ipAddrIs( IpAddr::fromHost( 0x0a000001 + number ) );
     host.macAddrIs( Zornet::EthAddr( { 2, 0, 0, 0, 0, static_cast<U8>( number ) } ) );
-    host.igmpVersionIs( static_cast<IgmpVersion>( 1 + number % 3 ) );
+    host.igmpVersionIs( static_cast<IgmpVersion>( subject.kind.version ) );
+    host.igmpVersionForcedIs( subject.kind.mayBeHeld );
     host.unsolicitedReportIntervalIs( 5.0 );
-    if ( number < fedHosts ) {
-        subject.mayBeHeld = number >= fedHosts / 2;
-        subject.pam = new FedPam;
-        subject.pam->onSend = [this, number] { handleSent( number ); };
-        host.igmpVersionForcedIs( subject.mayBeHeld );
-        host.externalPamIs( true );
-        host.pamIs( subject.pam );
-    } else {
-        host.taggedIs( number > fedHosts );
-        host.useMuxIs( number + 1 == hosts );
-        host.vlanIdIs( 100 );
-        host.deviceNameIs( "eth0" );
-        host.intfConfigVersionIs( 1 );
-    }
+    bind( subject, number );
     subjects_.push_back( subject );
     host.enabledIs( true );
     auto const excluding = host.v3groupIs( groups[0] );
@@ -196,6 +212,25 @@ World::add( unsigned number ) {
     auto const including = host.v3groupIs( groups[2] );
     including->sourceIs()->sourceIpIs( sources[0], 1 );
     including->versionIs( 1 );
+}
+
+void
+World::bind( Subject& subject, unsigned number ) {
+    Kind const& kind = subject.kind;
+    IgmpHost& host = *subject.host;
+    if ( !kind.device ) {
+        subject.pam = new FedPam;
+        subject.pam->onSend = [this, number] { handleSent( number ); };
+        host.externalPamIs( true );
+        host.pamIs( subject.pam );
+        return;
+    }
+    host.taggedIs( kind.tagged );
+    host.useMuxIs( kind.shared );
+    host.vlanIdIs( vlan );
+    host.deviceNameIs( kind.device );
+    host.intfIdIs( IntfId( kind.device ) );
+    host.intfConfigVersionIs( 1 );
 }
 
 // Steps.
@@ -230,7 +265,7 @@ World::hear( Bytes const& frame, Input& input ) {
     heads_.emplace_back( frame.begin(), tail );
     bool const keptFromHeld = isOldGroupQuery( frame );
     for ( Subject const& subject : subjects_ ) {
-        if ( !subject.pam || ( subject.mayBeHeld && keptFromHeld ) ) {
+        if ( !subject.pam || ( subject.kind.mayBeHeld && keptFromHeld ) ) {
             continue;
         }
         auto const pkt = Support::tightPkt( Bytes( tail, frame.end() ) );
@@ -239,9 +274,11 @@ World::hear( Bytes const& frame, Input& input ) {
         }
         subject.pam->feed( pkt );
     }
-    auto& device = static_cast<CheckingDevice&>( *provider_.device( {}, "eth0" ) );
-    device.hear( frame );
-    device.hear( Fuzz::tagged( frame, 100 ) );
+    device( freeDevice ).hear( frame );
+    device( freeDevice ).hear( Fuzz::tagged( frame, vlan ) );
+    if ( !keptFromHeld ) {
+        device( heldDevice ).hear( Fuzz::tagged( frame, vlan ) );
+    }
 }
 
 void
@@ -303,7 +340,7 @@ World::changeGroup( Input& input ) {
 
 void
 World::changeSwitch( Input& input ) {
-    Subject& subject = anyButShared( input );
+    Subject& subject = anyButSharing( input );
     IgmpHost& host = *subject.host;
     unsigned const what = input.byte();
     bool const value = what & 128;
@@ -315,7 +352,7 @@ World::changeSwitch( Input& input ) {
         host.enablePeriodicReportIs( value );
         subject.everPeriodic |= value;
         break;
-    case 4: host.igmpVersionForcedIs( value && subject.mayBeHeld ); break;
+    case 4: host.igmpVersionForcedIs( value && subject.kind.mayBeHeld ); break;
     case 5:
         host.enableRouterAlertIs( value );
         host.configVersionIs( host.configVersion() + 1 );
@@ -326,7 +363,7 @@ World::changeSwitch( Input& input ) {
 
 void
 World::changeNumber( Input& input ) {
-    IgmpHost& host = *anyButShared( input ).host;
+    IgmpHost& host = *anyButSharing( input ).host;
     unsigned const value = input.byte();
     switch ( input.below( 7 ) ) {
     case 0: host.igmpVersionIs( static_cast<IgmpVersion>( 1 + value % 3 ) ); break;
