@@ -10,17 +10,6 @@ namespace {
 
 using Igmp::IgmpVersion;
 
-/// A datagram of the least length to a group, as a sender of multicast data would put it onto the wire.
-Bytes
-dataFrame( IpAddr const& group ) {
-    Bytes frame = Lab::igmpFrame( IpAddr( "10.0.200.1" ), group, Bytes( 22 ) );
-    constexpr std::size_t protocol = 14 + 9;
-    constexpr U8 udp = 17;
-    frame[protocol] = udp;
-    Lab::fixIpChecksum( frame, 24 );
-    return frame;
-}
-
 class FloodFaults : public FaultTest {
   protected:
     static constexpr unsigned count = 20;
@@ -91,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_P( FloodFaultsOf, DataOfJoinedGroupsReachesNobodyAndDelaysNothing ) {
     hostsAre( count, GetParam() );
-    floodIs( dataFrame( group ), 500'000.0 );
+    floodIs( Lab::dataFrame( IpAddr( "10.0.200.1" ), group ), 500'000.0 );
     U64 asked = 0;
     for ( Seconds const end = Kiv::now() + faultTime(); Kiv::now() < end; ++asked ) {
         ASSERT_NO_FATAL_FAILURE( expectAnswersInTime() );
