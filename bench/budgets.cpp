@@ -1,7 +1,8 @@
-/// Instruction counts of the operations on which the cost of everything else stands, for callgrind. Run by
-/// itself it counts nothing: scripts/bench --budgets runs it under valgrind and holds the counts against
-/// bench/budgets.json.
+/// Instruction counts of the operations on which the cost of everything else stands, for callgrind, and the
+/// memory of hosts. Run by itself it counts no instructions: scripts/bench --budgets runs it under valgrind
+/// and holds what it counts against bench/budgets.json.
 
+#include <malloc.h>
 #include <valgrind/callgrind.h>
 
 #include <iostream>
@@ -27,7 +28,7 @@ count( char const* operation, std::size_t times, Work const& work ) {
     CALLGRIND_TOGGLE_COLLECT;
     CALLGRIND_DUMP_STATS_AT( operation );
     CALLGRIND_STOP_INSTRUMENTATION;
-    std::cout << operation << '\t' << times << '\n';
+    std::cout << operation << '\t' << times << "\ttimes\n";
 }
 
 /// A query, and then the answers, of many hosts. The first round warms what is allocated once.
@@ -142,6 +143,41 @@ countVlans() {
     countHearing( "frame delivered by VLAN", hostCount );
 }
 
+/// Bytes of the heap, as malloc gives them, for hosts that are up and have sent all repeats of their joins.
+std::size_t
+heapBytesOf( Hosts::Plan const& plan ) {
+    auto const inUse = [] {
+        struct mallinfo2 const info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    Rig const rig;
+    std::size_t const before = inUse();
+    Hosts const hosts( plan );
+    Rig::runFor( settled );
+    return inUse() - before;
+}
+
+/// What each of the `more` takes that `larger` has beyond `smaller`.
+void
+tellBytes( char const* thing, Hosts::Plan const& smaller, Hosts::Plan const& larger, std::size_t more ) {
+    std::size_t const bytes = heapBytesOf( larger ) - heapBytesOf( smaller );
+    std::cout << thing << '\t' << static_cast<double>( bytes ) / static_cast<double>( more ) << "\tbytes\n";
+}
+
+void
+tellMemory() {
+    using Igmp::igmpVersion2;
+    using Igmp::igmpVersion3;
+    tellBytes(
+        "bytes of a version 2 host with one group", { hostCount, igmpVersion2 },
+        { 3 * hostCount, igmpVersion2 }, 2 * hostCount
+    );
+    tellBytes(
+        "bytes of a version 3 membership with one source", { 10, igmpVersion3, 100, 1 },
+        { 10, igmpVersion3, 300, 1 }, 2'000
+    );
+}
+
 void
 countAll() {
     countAnswers( "version 2 query heard by a host", "version 2 answer", {} );
@@ -153,6 +189,7 @@ countAll() {
     countStateChanges();
     countTimers();
     countVlans();
+    tellMemory();
 }
 
 /// A query alone, at so many hosts, for valgrind's own sum.

@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """Usage: bench/budgets.py BENCH_BUDGETS [--accept]
 
-Runs the program under callgrind and holds its instruction counts against bench/budgets.json. Fails where an
-operation costs over 5 % more than its budget, and where the operations and the budgets are not the same.
---accept writes the counts of this run as the new budgets."""
+Runs the program under callgrind and holds its instruction counts, and the bytes that it tells, against
+budgets.json beside this file. Fails where one is over 5 % more than its budget, and where what is measured and
+the budgets are not the same. --accept writes what this run measured as the new budgets."""
 
+import itertools
 import json
 import re
 import subprocess
@@ -17,7 +18,7 @@ MOST_GROWTH = 1.05
 
 
 def counts(program):
-    """Instructions by operation."""
+    """Instructions by operation, and bytes by what takes them."""
     with tempfile.TemporaryDirectory() as folder:
         dump = Path(folder, "counts")
         run = subprocess.run(
@@ -27,11 +28,15 @@ def counts(program):
         if run.returncode != 0:
             sys.exit(run.stderr)
         result = {}
-        for number, line in enumerate(run.stdout.splitlines(), 1):
-            operation, times = line.split("\t")
-            text = Path(f"{dump}.{number}").read_text(errors="replace")
+        dumps = itertools.count(1)  # one for each operation
+        for line in run.stdout.splitlines():
+            name, number, unit = line.split("\t")
+            if unit == "bytes":
+                result[name] = round(float(number), 1)
+                continue
+            text = Path(f"{dump}.{next(dumps)}").read_text(errors="replace")
             total = re.findall(r"^(?:summary|totals): (\d+)", text, re.MULTILINE)[-1]
-            result[operation] = round(int(total) / int(times), 1)
+            result[name] = round(int(total) / int(number), 1)
         return result
 
 
@@ -51,15 +56,15 @@ def main():
         return
     budgets = json.loads(BUDGETS.read_text())
     failed = False
-    print(f"    {'instructions':45} {'budget':>10} {'now':>10} {'change':>8}")
+    print(f"    {'instructions, or bytes':48} {'budget':>10} {'now':>10} {'change':>8}")
     for operation in {**budgets, **measured}:
         count, budget = measured.get(operation), budgets.get(operation)
         change = f"{(count / budget - 1) * 100:+.1f} %" if count and budget else ""
         problem = verdict(count, budget)
         failed = failed or bool(problem)
-        print(f"    {operation:45} {budget or '':>10} {count or '':>10} {change:>8} {problem}")
+        print(f"    {operation:48} {budget or '':>10} {count or '':>10} {change:>8} {problem}")
     if failed:
-        sys.exit("An operation has outgrown its budget. Where the growth is wanted, run\n"
+        sys.exit("Not all is within its budget. Where the growth is wanted, run\n"
                  "`scripts/bench --budgets --accept` and commit bench/budgets.json with the reason.")
 
 
