@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <nlohmann/json.hpp>
 
@@ -162,14 +163,18 @@ TEST_F( CheckVerb, FolderIsNoScenario ) {
     );
 }
 
-/// Of a scenario that is slow to come, with all that a terminal is sent.
+/// Of a scenario that comes when somebody has lost patience, a second and a half after he began to wait for
+/// it, with all that a terminal is sent.
 TEST( CheckOnATerminal, TellsHowFarItIsAndTakesThatAway ) {
-    std::string const slow = "(sleep 2; echo \"hosts: [ { name: a } ]\") | ";
+    TemporaryFolder const folder;
+    std::string const pipe = folder.file( "s.yaml" );
+    ASSERT_EQ( mkfifo( pipe.c_str(), S_IRUSR | S_IWUSR ), 0 );
     std::string const told = Support::outputOf(
-        "script -qec '" + slow + Support::agentBinary() + " check /dev/stdin' /dev/null </dev/null"
+        "( exec 3>" + pipe + "; sleep 1.6; echo 'hosts: [ { name: a } ]' >&3 ) & script -qec '" +
+        Support::agentBinary() + " check " + pipe + "' /dev/null </dev/null"
     );
     EXPECT_THAT(
-        told, ::testing::StartsWith( "\rigmphost: 0 of 1 entries of hosts read\x1b[K\r\x1b[K/dev/stdin:1:" )
+        told, ::testing::StartsWith( "\rigmphost: 0 of 1 entries of hosts read\x1b[K\r\x1b[K" + pipe + ":1:" )
     );
 }
 
