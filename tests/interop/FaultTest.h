@@ -74,9 +74,12 @@ class FaultTest : public ::testing::Test {
     /// Answers that have not been sent yet.
     bool isAnswering() const;
 
-    /// Everything that was sent must have been heard or counted as lost. A device may count more than that,
-    /// as it does with a frame that it refuses and is given again.
-    void expectNothingLostUncounted( U64 stops, U64 lostByDevice = 0 );
+    /// Everything that was sent must have been heard or counted as lost, by the devices up to the moment at
+    /// which it is missed. These may count more than that, as they do with a frame that they refuse and are
+    /// given again.
+    void expectNothingLostUncounted(
+        U64 stops, std::function<U64()> const& lostByDevices = [] { return U64{ 0 }; }
+    );
     /// What a device of the far or near end counts under "rx" or "tx" as "dropped", "errors", …
     static U64
     linkCounter( Support::Namespace const& ns, char const* device, char const* direction, char const* what );

@@ -104,7 +104,7 @@ TEST_P( CarrierFaults, TenTimesASecondLoseNothingUncountedAndLeaveNoTrace ) {
     ASSERT_TRUE( eventually( [&] { return !isAnswering(); } ) );
     EXPECT_GT( reportsSent(), before );
     expectAnswersInTime();
-    expectNothingLostUncounted( 0, linkCounter( near_, "near0", "tx", "dropped" ) );
+    expectNothingLostUncounted( 0, [this] { return linkCounter( near_, "near0", "tx", "dropped" ); } );
 }
 
 } // namespace
