@@ -55,6 +55,13 @@ TEST( TextFormTest, UnknownEscapeIsRefused ) {
     EXPECT_EQ( faultOf<String8>( "'\\" ), "expected ', \\ or x at column 2" );
     EXPECT_EQ( faultOf<String8>( "'\\x4g'" ), "expected a hexadecimal digit at column 4" );
     EXPECT_EQ( faultOf<String8>( "'\\x4" ), "expected a hexadecimal digit at column 4" );
+    String8 const zero( std::string_view( "'\\x4\0'", 6 ) ); // which ends the list of digits
+    EXPECT_EQ( faultOf<String8>( zero ), "expected a hexadecimal digit at column 4" );
+}
+
+TEST( TextFormTest, BlanksOfEveryKindMayStandBeforeAValue ) {
+    EXPECT_EQ( parsed<long long>( " \t\r\n7" ), 7 );
+    EXPECT_TRUE( parsed<bool>( "\r\ttrue" ) );
 }
 
 TEST( TextFormTest, NumbersAreDecimal ) {
@@ -78,6 +85,7 @@ TEST( TextFormTest, TruthValuesAreTrueAndFalse ) {
     }
     EXPECT_EQ( valueToStrep( true ), String8( "true" ) );
     EXPECT_EQ( faultOf<bool>( "1" ), "expected \"false\" at column 0" );
+    EXPECT_EQ( faultOf<bool>( "" ), "expected \"false\" at column 0" );
     EXPECT_EQ( faultOf<bool>( "tru" ), "expected \"true\" at column 3" );
 }
 
